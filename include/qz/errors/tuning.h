@@ -1,0 +1,25 @@
+// Process-wide switches that callers set at start-up, before the library's
+// first exception; reading them from several threads is safe, changing them
+// while exceptions are in flight is not.
+#pragma once
+
+#include <qz/export.h>
+
+#include <string>
+
+// The vectored handler acts on exceptions (it stays registered either way).
+extern QZ_API bool UseVEH;  // true
+// Module names, separated by ";", never blamed for an error.
+extern QZ_API std::string SkipModulesForError;
+// "kernel32;ntdll;nt;qz;MSVCR90D;MSVCR90;MSVCP90D;MSVCP90;KERNELBASE"
+extern QZ_API bool SaveMiniDumpOnCppException;         // false
+extern QZ_API bool SaveMiniDumpOnStructuredException;  // true
+// Exceptions get "ModuleName", "AddressName" and "Stack" values.
+extern QZ_API bool ExtendDebugInformationFromException;  // false
+// Dump kind flags for the minidump writer (0: the normal, smallest kind).
+extern QZ_API unsigned long MiniDumpType;  // 0
+// Dump path pattern, relative to the current directory: module word, kind
+// word, then year, month, day, hour, minute, second and milliseconds.
+extern QZ_API const char* MiniDumpFileFormat;
+// Thrown type names that never write a dump (substring match).
+extern QZ_API std::string MiniDumpExcludedTypes;  // "EThreadInterrupt;EStructuredException;C++"
