@@ -10,6 +10,8 @@
 
 #include <qz/export.h>
 
+#include <string>
+
 class QZ_API _time_t {
  public:
   static const _time_t invalid;
@@ -25,6 +27,10 @@ class QZ_API _time_t {
   // Comparisons and ordering go through this conversion.
   constexpr operator __int64() const noexcept { return t_; }
   constexpr bool valid() const noexcept { return t_ != -1; }
+
+  // The C runtime's ctime text (local time) without its trailing newline, or
+  // "<invalid time>".
+  std::string ctime() const;
 
  private:
   __int64 t_;

@@ -1,0 +1,17 @@
+// A guided tour of qz, one subsystem at a time; run it with scripts/demo.
+#include "tour.h"
+
+#include <qz/qz.h>
+
+int main() {
+  std::printf("qz: a foundation library for Windows C++ programs\n");
+  try {
+    tour_core();
+    tour_value();
+    tour_errors();
+  } catch (const EGeneric& e) {
+    std::printf("unexpected error:\n%s\n", e.what());
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,23 @@
+#include <qz/core/smart_ptr.h>
+
+#include <qz/core/number_text.h>
+#include <qz/core/type_name.h>
+
+#include <windows.h>
+
+#include <cstdint>
+
+SmartPtrObj::~SmartPtrObj() = default;
+
+std::string SmartPtrObj::ToString() const {
+  // Only the low 32 bits of the address are shown, as a signed int in radix
+  // 16: objects whose addresses differ only above bit 31 print alike.
+  const auto low = static_cast<int>(reinterpret_cast<std::uintptr_t>(this));
+  return type_name(typeid(*this)) + " {0x" + itoa(low, 16) + "}";
+}
+
+void SmartPtrObj::AddRef() const noexcept { InterlockedIncrement(&ref_count_); }
+
+void SmartPtrObj::Release() const noexcept {
+  if (InterlockedDecrement(&ref_count_) == 0) delete this;
+}

@@ -1,0 +1,133 @@
+#include <qz/errors/exceptions.h>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <fstream>
+#include <string>
+
+namespace {
+
+// Exposes the protected editing members the diagnostic layers use.
+class EditableError : public EGeneric {
+ public:
+  using EGeneric::EGeneric;
+  using EGeneric::find_value;
+  using EGeneric::move_to_back;
+};
+
+std::string names_of(const EGeneric& e) {
+  std::string names;
+  for (const auto& entry : e.values()) names += entry.first + ",";
+  return names;
+}
+
+TEST(EGenericWhat, SingleTextEntryPrintsTheBareText) {
+  EGeneric e({"Text", "boom"});
+  EXPECT_STREQ(e.what(), "boom");
+}
+
+TEST(EGenericWhat, SeveralEntriesPrintOneNamedLineEachWithHexForIntegers) {
+  EGeneric e({"Text", "boom"});
+  e.put_value("Code", 5);
+  EXPECT_STREQ(e.what(), "Text: boom\nCode: 5 (0x5)");
+
+  EGeneric negative({"Code", static_cast<int>(0x80004005)}, {"Count", 26ul}, {"Big", 5ll});
+  EXPECT_STREQ(negative.what(), "Code: -2147467259 (0x80004005)\nCount: 26 (0x1a)\nBig: 5");
+}
+
+TEST(EGenericWhat, TextNameIsCaseSensitiveForTheBareForm) {
+  EGeneric e({"text", "boom"});
+  EXPECT_STREQ(e.what(), "text: boom");
+}
+
+TEST(EGenericWhat, EmptyValuesAndEmptyListsPrintNothingAfterTheName) {
+  EGeneric e;
+  EXPECT_STREQ(e.what(), "");
+  e["Fresh"];
+  EXPECT_STREQ(e.what(), "Fresh: ");
+  e.put_value("Text", "x");
+  EXPECT_STREQ(e.what(), "Fresh: \nText: x");
+}
+
+TEST(EGenericValues, LookUpFoldsOnlyAsciiLetters) {
+  EGeneric e({"Code", 1});
+  e.put_value("code", 7);
+  ASSERT_EQ(e.values().size(), 1u);
+  EXPECT_EQ(e.values()[0].first, "Code");  // the first spelling stays
+  EXPECT_EQ(static_cast<int>(e.get_value("CODE")), 7);
+
+  // "\xC4" and "\xE4" are one letter in two cases in the ANSI code page, but
+  // names fold ASCII only.
+  EGeneric accented({"\xC4", 1});
+  EXPECT_TRUE(accented.get_value("\xE4").empty());
+}
+
+TEST(EGenericValues, ConstReadsNeverAddEntries) {
+  const EGeneric e({"A", 1});
+  EXPECT_TRUE(e.get_value("Missing").empty());
+  EXPECT_TRUE(e["Missing"].empty());
+  EXPECT_EQ(e.values().size(), 1u);
+}
+
+TEST(EGenericValues, ConstructorsAppendDuplicatesInArgumentOrder) {
+  EGeneric e({"A", 1}, {"a", 2}, {"B", 3});
+  EXPECT_EQ(names_of(e), "A,a,B,");
+  EXPECT_EQ(static_cast<int>(e.get_value("a")), 1);  // the first match wins
+}
+
+TEST(EGenericValues, SubscriptAppendsAMissingNameAndReturnsAWritableValue) {
+  EGeneric e({"A", 1});
+  e["B"] = 2;
+  e["a"] = 3;
+  EXPECT_EQ(names_of(e), "A,B,");
+  EXPECT_STREQ(e.what(), "A: 3 (0x3)\nB: 2 (0x2)");
+}
+
+TEST(EGenericValues, MoveToBackSwapsWithTheLastEntry) {
+  EditableError e({"A", 1}, {"Stack", 2}, {"B", 3}, {"C", 4});
+  e.move_to_back("stack");
+  EXPECT_EQ(names_of(e), "A,C,B,Stack,");
+  e.move_to_back("Stack");  // already last
+  e.move_to_back("Missing");
+  EXPECT_EQ(names_of(e), "A,C,B,Stack,");
+}
+
+TEST(EGenericValues, CopiesShareValuesUntilWritten) {
+  EGeneric original({"Text", "one"});
+  EGeneric copy(original);
+  copy.put_value("Text", "two");
+  EXPECT_STREQ(original.what(), "one");
+  EXPECT_STREQ(copy.what(), "two");
+  copy.clear_values();
+  EXPECT_TRUE(copy.values().empty());
+}
+
+TEST(EGenericMiniDump, CancelDeletesTheFileAndRemovesTheEntry) {
+  wchar_t directory[MAX_PATH];
+  wchar_t path[MAX_PATH];
+  ASSERT_NE(GetTempPathW(MAX_PATH, directory), 0u);
+  ASSERT_NE(GetTempFileNameW(directory, L"qz", 0, path), 0u);
+  EGeneric e({"Text", "crash"}, {"MiniDump", std::wstring(path)}, {"Code", 1});
+  e.cancel_minidump();
+  EXPECT_EQ(GetFileAttributesW(path), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(names_of(e), "Text,Code,");
+  e.cancel_minidump();  // nothing left to cancel
+  EXPECT_EQ(names_of(e), "Text,Code,");
+}
+
+TEST(Assertion, FailedConditionThrowsItsSourceLocation) {
+  try {
+    QZ_ASSERT(1 + 1 == 3);
+    FAIL() << "no exception";
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(std::string(e.get_value("Text")), "Condition not meet");
+    EXPECT_EQ(std::string(e.get_value("Condition")), "1 + 1 == 3");
+    EXPECT_NE(std::string(e.get_value("SourceFile")).find("generic_test.cpp"), std::string::npos);
+    EXPECT_GT(static_cast<int>(e.get_value("SourceLine")), 0);
+    EXPECT_EQ(std::string(e.get_value("SourceFunction")), "TestBody");
+  }
+}
+
+}  // namespace
