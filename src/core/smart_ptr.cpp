@@ -12,7 +12,10 @@ SmartPtrObj::~SmartPtrObj() = default;
 std::string SmartPtrObj::ToString() const {
   // Only the low 32 bits of the address are shown, as a signed int in radix
   // 16: objects whose addresses differ only above bit 31 print alike.
-  const auto low = static_cast<int>(reinterpret_cast<std::uintptr_t>(this));
+  // The most-derived object's address: under virtual inheritance the
+  // SmartPtrObj part sits elsewhere inside the object.
+  const void* object = dynamic_cast<const void*>(this);
+  const auto low = static_cast<int>(reinterpret_cast<std::uintptr_t>(object));
   return type_name(typeid(*this)) + " {0x" + itoa(low, 16) + "}";
 }
 

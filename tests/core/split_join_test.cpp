@@ -1,0 +1,145 @@
+#include <qz/core/split_join.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+using Words = std::vector<std::string>;
+
+namespace {
+
+Words split(const std::string& text, const char* delimiters) {
+  Words words;
+  divide_string(text, words, delimiters);
+  return words;
+}
+
+template <class Container>
+std::string join(const Container& words, const char* separators) {
+  std::string out = "old";
+  consolidate_string(words, out, separators);
+  return out;
+}
+
+std::wstring text_of(const _bstr_t& text) {
+  return text.length() ? std::wstring(text, text.length()) : std::wstring();
+}
+
+}  // namespace
+
+TEST(DivideString, LeadingRepeatedAndTrailingDelimitersGiveNoEmptyWords) {
+  EXPECT_EQ(split("a,,b,", ","), (Words{"a", "b"}));
+  EXPECT_EQ(split(",a, b", ", "), (Words{"a", "b"}));
+  EXPECT_EQ(split(",,,", ","), Words{});
+  EXPECT_EQ(split("", ","), Words{});
+}
+
+
+TEST(DivideString, QuotesGroupDelimitersAndAreRemoved) {
+  EXPECT_EQ(split("x,\"y,z\"", ","), (Words{"x", "y,z"}));
+  EXPECT_EQ(split("a\"b c\"d e", " "), (Words{"ab cd", "e"}));
+}
+
+TEST(DivideString, EmptyQuotedPairGivesNoWord) {
+  EXPECT_EQ(split("a,\"\",b", ","), (Words{"a", "b"}));
+  EXPECT_EQ(split("a,\"\"", ","), Words{"a"});
+}
+
+TEST(DivideString, UnterminatedQuoteRunsToTheEnd) {
+  EXPECT_EQ(split("a,\"b,c", ","), (Words{"a", "b,c"}));
+}
+
+TEST(DivideString, QuoteInTheDelimiterSetEndsAWordAndOpensQuotingAtItsStart) {
+  EXPECT_EQ(split("ab\"cd", ",\""), (Words{"ab", "cd"}));
+  EXPECT_EQ(split("\"x,y\",z", ",\""), (Words{"x,y", "z"}));
+}
+
+TEST(DivideString, NullCharacterIsADelimiterOfEverySet) {
+  EXPECT_EQ(split(std::string("a\0b", 3), ","), (Words{"a", "b"}));
+  EXPECT_EQ(split(std::string("a\0b", 3), ""), (Words{"a", "b"}));
+}
+
+TEST(DivideString, SetReceivesOnlyTheNewWordsSortedWithoutDuplicates) {
+  std::set<std::string> words{"stale"};
+  divide_string("pear,apple,pear,fig", words, ",");
+  EXPECT_EQ(words, (std::set<std::string>{"apple", "fig", "pear"}));
+  std::list<std::string> list_words{"stale"};
+  divide_string("", list_words, ",");
+  EXPECT_TRUE(list_words.empty());
+}
+
+
+TEST(DivideString, WideTextSplitsAlike) {
+  std::vector<std::wstring> words;
+  divide_string(L"a;\"b;c\";;\u00C4", words, L";");
+  EXPECT_EQ(words, (std::vector<std::wstring>{L"a", L"b;c", L"\u00C4"}));
+}
+
+TEST(DivideString, BstrTextSplitsIntoSortedBstrSet) {
+  std::set<_bstr_t> words;
+  divide_string(_bstr_t(L"b a \"c d\" a"), words, L" ");
+  ASSERT_EQ(words.size(), 3u);
+  auto it = words.begin();
+  EXPECT_EQ(text_of(*it++), L"a");
+  EXPECT_EQ(text_of(*it++), L"b");
+  EXPECT_EQ(text_of(*it++), L"c d");
+}
+
+TEST(DivideString, NullBstrGivesNoWords) {
+  std::vector<_bstr_t> words{_bstr_t(L"stale")};
+  divide_string(_bstr_t(), words, L",");
+  EXPECT_TRUE(words.empty());
+}
+
+TEST(ReadWord, ReadsOneWordPerCallAndFailsWhenNoneIsLeft) {
+  std::istringstream in("  one  two ");
+  std::string word;
+  read_word(in, word, " ");
+  EXPECT_EQ(word, "one");
+  read_word(in, word, " ");
+  EXPECT_EQ(word, "two");
+  read_word(in, word, " ");
+  EXPECT_EQ(word, "");
+  EXPECT_TRUE(in.fail());
+}
+
+TEST(ReadWord, BstrOverloadReadsFromAWideStream) {
+  std::wistringstream in(L"\"a b\",c");
+  _bstr_t word;
+  read_word(in, word, L",");
+  EXPECT_EQ(text_of(word), L"a b");
+  read_word(in, word, L",");
+  EXPECT_EQ(text_of(word), L"c");
+}
+
+TEST(ConsolidateString, WordsHoldingASeparatorAreQuoted) {
+  EXPECT_EQ(join(Words{"a", "b,c", "d"}, ","), "a,\"b,c\",d");
+}
+
+TEST(ConsolidateString, OnlyTheFirstSeparatorIsWrittenButAllCauseQuoting) {
+  EXPECT_EQ(join(Words{"a", "b c", "d,e"}, ", "), "a,\"b c\",\"d,e\"");
+}
+
+
+TEST(ConsolidateString, EmptySeparatorSetJoinsWithNullCharactersAndNoWordsGiveEmptyText) {
+  EXPECT_EQ(join(Words{"a", "b"}, ""), std::string("a\0b", 3));
+  EXPECT_EQ(join(Words{}, ","), "");
+}
+
+TEST(ConsolidateString, SetIsJoinedInAscendingOrder) {
+  EXPECT_EQ(join(std::set<std::string>{"b", "a"}, ","), "a,b");
+}
+
+TEST(ConsolidateString, SplittingTheJoinedTextGivesTheWordsBack) {
+  const Words words{"plain", "with space", "with,comma", "x"};
+  EXPECT_EQ(split(join(words, ", "), ", "), words);
+}
+
+TEST(ConsolidateString, BstrWordsJoinIntoABstr) {
+  _bstr_t out;
+  consolidate_string(std::list<_bstr_t>{_bstr_t(L"a"), _bstr_t(L"b c")}, out, L" ");
+  EXPECT_EQ(text_of(out), L"a \"b c\"");
+  std::wstring wide;
+  consolidate_string(std::vector<std::wstring>{L"x", L"y"}, wide, L";");
+  EXPECT_EQ(wide, L"x;y");
+}
