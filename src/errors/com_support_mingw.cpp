@@ -8,8 +8,11 @@
 
 void WINAPI qz_detail::com_error_handler(HRESULT hr, IErrorInfo* info) { throw_EGeneric_from_com_error(hr, info); }
 
+// The system headers declare these without export attributes; qz.dll exports
+// them so that every module using _bstr_t or _com_ptr_t links them from here.
+
 // Like _com_issue_error, but with the error info `unknown` reports for `iid`.
-void WINAPI _com_issue_errorex(HRESULT hr, IUnknown* unknown, REFIID iid) {
+QZ_API void WINAPI _com_issue_errorex(HRESULT hr, IUnknown* unknown, REFIID iid) {
   IErrorInfo* info = nullptr;
   ISupportErrorInfo* support = nullptr;
   if (unknown && SUCCEEDED(unknown->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&support)))) {
@@ -28,7 +31,7 @@ namespace {
 
 }  // namespace
 
-BSTR WINAPI _com_util::ConvertStringToBSTR(const char* text) {
+QZ_API BSTR WINAPI _com_util::ConvertStringToBSTR(const char* text) {
   if (!text) return nullptr;
   const int length = static_cast<int>(std::strlen(text));
   if (length == 0) {
@@ -48,7 +51,7 @@ BSTR WINAPI _com_util::ConvertStringToBSTR(const char* text) {
 }
 
 // The result is released by _bstr_t with delete[].
-char* WINAPI _com_util::ConvertBSTRToString(BSTR text) {
+QZ_API char* WINAPI _com_util::ConvertBSTRToString(BSTR text) {
   if (!text) return nullptr;
   const int length = static_cast<int>(SysStringLen(text));
   const int narrow_length =

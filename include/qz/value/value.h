@@ -116,13 +116,18 @@ class QZ_API _value_t {
 
   // Element views. The non-const form is writable and does not copy on write:
   // writing through it changes every handle sharing the container. On a
-  // scalar only index 0 exists (std::out_of_range "out of range").
+  // scalar only index 0 exists (std::out_of_range "out of range"); a
+  // container's index is not checked. A view does not keep the viewed storage
+  // alive: it must not outlive the handles that own it, nor a push_back that
+  // may move the container's elements. EBadCastException when empty.
   _value_t operator[](unsigned __int64 index);
   const _value_t operator[](unsigned __int64 index) const;
 
   // Appending: the first push_back on an empty value makes a scalar, the next
   // turns it into a container. A container accepts its own kind only
   // (EBadCastException otherwise); a _value_t is converted to that kind.
+  // A refused element leaves the value as it was. Appending a _value_t to an
+  // empty value stores an owned copy of it; an empty argument is refused.
   void push_back(int v);
   void push_back(unsigned long v);
   void push_back(__int64 v);

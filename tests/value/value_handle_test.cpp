@@ -1,0 +1,252 @@
+#include <qz/errors/exceptions.h>
+#include <qz/value/value.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string from_of(const EBadCastException& e) { return std::string(e.get_value("From")); }
+std::string to_of(const EBadCastException& e) { return std::string(e.get_value("To")); }
+
+TEST(ValueHandle, DefaultValueIsEmptyAndEveryReaderThrowsBadCastFromVoid) {
+  _value_t v;
+  EXPECT_TRUE(v.empty());
+  EXPECT_EQ(v.type(), typeid(void));
+  try {
+    v.as_string();
+    FAIL() << "as_string of an empty value";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "void");
+    EXPECT_EQ(to_of(e), "std::string");
+  }
+  try {
+    static_cast<void>(static_cast<int>(v));
+    FAIL() << "operator int of an empty value";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "void");
+    EXPECT_EQ(to_of(e), "int");
+  }
+  EXPECT_THROW(v[0], EBadCastException);
+}
+
+TEST(ValueHandle, KindIsFixedByTheFirstAssignment) {
+  _value_t v = 5;
+  try {
+    v = 7.5;
+    FAIL() << "an int value took a double";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "double");
+    EXPECT_EQ(to_of(e), "int");
+  }
+  v = 7UL;
+  EXPECT_EQ(v.type(), typeid(int));
+  EXPECT_EQ(static_cast<int>(v), 7);
+}
+
+TEST(ValueHandle, CopiesShareStorageUntilOneIsWritten) {
+  _value_t first = 1;
+  _value_t second = first;
+  EXPECT_EQ(first.data(), second.data());
+  second = 3;
+  EXPECT_NE(first.data(), second.data());
+  EXPECT_EQ(static_cast<int>(first), 1);
+  EXPECT_EQ(static_cast<int>(second), 3);
+}
+
+TEST(ValueHandle, AssigningAValueSharesItAndSelfAssignmentKeepsIt) {
+  _value_t a = std::string("text");
+  _value_t b = 1;
+  b = a;
+  EXPECT_EQ(a.data(), b.data());
+  EXPECT_EQ(a.data()->ref_count(), 2);
+  const _value_t& alias = b;
+  b = alias;
+  EXPECT_EQ(b.as_string(), "text");
+  EXPECT_EQ(a.data()->ref_count(), 2);
+}
+
+TEST(ValueHandle, AssigningASequenceReplacesTheKind) {
+  _value_t v = std::string("text");
+  v = std::vector<int>{1, 2};
+  EXPECT_TRUE(v.data()->container());
+  EXPECT_EQ(v.type(), typeid(int));
+  EXPECT_EQ(v.as_string(), "{1,2}");
+}
+
+TEST(ValueHandle, NullTextPointerMakesAnEmptyString) {
+  const _value_t v = static_cast<const char*>(nullptr);
+  EXPECT_EQ(static_cast<std::string>(v), "");
+}
+
+TEST(ValueHandlePushBack, FirstMakesAScalarSecondAContainer) {
+  _value_t v;
+  v.push_back(1);
+  EXPECT_FALSE(v.data()->container());
+  v.push_back(2);
+  EXPECT_TRUE(v.data()->container());
+  EXPECT_EQ(v.data()->size(), 2u);
+  EXPECT_EQ(v.as_string(), "{1,2}");
+}
+
+TEST(ValueHandlePushBack, TextLiteralAppendsAStringNotABool) {
+  _value_t v;
+  v.push_back("abc");
+  EXPECT_EQ(v.type(), typeid(std::string));
+  EXPECT_THROW(v.push_back(L"def"), EBadCastException);  // a wide text is another kind
+  v.push_back("def");
+  EXPECT_EQ(v.as_string(), "{abc,def}");
+}
+
+TEST(ValueHandlePushBack, RefusedElementLeavesTheScalarAsItWas) {
+  _value_t v = 5;
+  EXPECT_THROW(v.push_back(std::string("x")), EBadCastException);
+  EXPECT_FALSE(v.data()->container());
+  EXPECT_EQ(static_cast<int>(v), 5);
+}
+
+TEST(ValueHandlePushBack, ContainerAcceptsOnlyItsOwnKind) {
+  _value_t v = std::vector<__int64>{1};
+  try {
+    v.push_back(2);
+    FAIL() << "an __int64 container took an int";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "int");
+    EXPECT_EQ(to_of(e), "long long");
+  }
+  v.push_back(static_cast<__int64>(2));
+  EXPECT_EQ(v.as_string(), "{1,2}");
+}
+
+TEST(ValueHandlePushBack, ValueIsConvertedThroughItsReader) {
+  _value_t v = std::vector<__int64>{1};
+  v.push_back(_value_t(-2));  // an int reads as a sign-extended __int64
+  EXPECT_EQ(v.as_string(), "{1,-2}");
+  EXPECT_THROW(v.push_back(_value_t("3")), EBadCastException);
+  try {
+    v.push_back(_value_t());
+    FAIL() << "an empty value was appended";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "void");
+    EXPECT_EQ(to_of(e), "long long");
+  }
+}
+
+TEST(ValueHandlePushBack, SharedContainerIsCopiedFirst) {
+  _value_t a = std::vector<int>{1};
+  const _value_t b = a;
+  a.push_back(2);
+  EXPECT_EQ(a.as_string(), "{1,2}");
+  EXPECT_EQ(_value_t(b).as_string(), "{1}");
+}
+
+TEST(ValueHandleViews, WritableViewWritesThroughUntilCopied) {
+  int x = 1;
+  _value_t v = _value_t::view(x);
+  v = 2;
+  EXPECT_EQ(x, 2);
+  _value_t copy = v;
+  copy = 3;  // shared: the copy gets its own owned scalar
+  EXPECT_EQ(x, 2);
+  EXPECT_EQ(static_cast<int>(copy), 3);
+  v = 4;  // no longer shared: writes through again
+  EXPECT_EQ(x, 4);
+  x = 5;
+  EXPECT_EQ(static_cast<int>(v), 5);
+}
+
+TEST(ValueHandleViews, ConstViewRefusesWritesFromTheAssignedKind) {
+  const std::string text = "fixed";
+  _value_t v = _value_t::const_view(text);
+  try {
+    v = std::wstring(L"other");
+    FAIL() << "a read-only view was written";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "std::wstring");
+    EXPECT_EQ(to_of(e), "std::string");
+  }
+  EXPECT_EQ(text, "fixed");
+  EXPECT_THROW(v[0], EBadCastException);  // no writable element
+  EXPECT_EQ(_value_t(static_cast<const _value_t&>(v)[0]).as_string(), "fixed");
+}
+
+TEST(ValueHandleElements, ScalarHasOnlyIndexZero) {
+  _value_t v = 7;
+  const _value_t& constant = v;
+  EXPECT_EQ(static_cast<int>(v[0]), 7);
+  EXPECT_EQ(static_cast<int>(constant[0]), 7);
+  try {
+    v[1];
+    FAIL() << "index 1 of a scalar";
+  } catch (const std::out_of_range& e) {
+    EXPECT_STREQ(e.what(), "out of range");
+  }
+  EXPECT_THROW(constant[1], std::out_of_range);
+}
+
+TEST(ValueHandleElements, ElementOfScalarWritesTheScalar) {
+  _value_t v = 7;
+  v[0] = 8;
+  EXPECT_EQ(static_cast<int>(v), 8);
+}
+
+TEST(ValueHandleElements, WritableElementReachesEverySharer) {
+  _value_t a = std::vector<int>{1, 2};
+  const _value_t b = a;
+  a[0] = 9;
+  EXPECT_EQ(_value_t(b).as_string(), "{9,2}");
+}
+
+TEST(ValueHandleElements, ConstElementIsReadOnly) {
+  const _value_t a = std::vector<std::string>{"x"};
+  _value_t element = a[0];
+  EXPECT_THROW(element = std::string("y"), EBadCastException);
+  EXPECT_EQ(_value_t(a).as_string(), "{x}");
+}
+
+TEST(ValueHandleElements, ContainerIndexIsNotChecked) {
+  _value_t a = std::vector<int>{1};
+  EXPECT_NO_THROW(a[1]);
+}
+
+TEST(ValueHandleElements, BoolElementsReadAndWriteTheirBits) {
+  _value_t bits = std::vector<bool>{true, false, true};
+  bits[1] = true;
+  bits[2] = false;
+  EXPECT_EQ(bits.as_string(), "{true,true,false}");
+  EXPECT_TRUE(static_cast<bool>(bits[0]));
+  EXPECT_EQ(static_cast<int>(bits[1]), 1);
+  EXPECT_THROW(bits[0] = 1, EBadCastException);  // a bool accepts only bool
+  const _value_t& constant = bits;
+  _value_t element = constant[0];
+  EXPECT_THROW(element = false, EBadCastException);
+}
+
+TEST(ValueHandleElements, CopiedBoolElementStopsWritingThrough) {
+  _value_t bits = std::vector<bool>{false};
+  _value_t element = bits[0];
+  _value_t copy = element;
+  copy = true;
+  EXPECT_EQ(bits.as_string(), "{false}");
+  element = true;
+  EXPECT_EQ(bits.as_string(), "{true}");
+}
+
+TEST(ValueHandleObjects, ValueHoldsAReferenceToItsObject) {
+  SmartPtrObj* object = new SmartPtrObj;
+  SmartPtr<SmartPtrObj> keep(object);
+  {
+    _value_t v = object;
+    EXPECT_EQ(object->ref_count(), 2);
+    EXPECT_EQ(v.type(), typeid(SmartPtr<SmartPtrObj>));
+    const _value_t c = static_cast<const SmartPtrObj*>(object);
+    EXPECT_EQ(c.type(), typeid(SmartPtr<SmartPtrObj const>));
+    EXPECT_EQ(object->ref_count(), 3);
+  }
+  EXPECT_EQ(object->ref_count(), 1);
+}
+
+}  // namespace

@@ -1,0 +1,68 @@
+#include <qz/errors/exceptions.h>
+#include <qz/value/value.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+class Named : public SmartPtrObj {
+ public:
+  std::string ToString() const override { return "named object"; }
+};
+
+TEST(ValueText, ContainerIsBracedAndCommaSeparated) {
+  EXPECT_EQ(_value_t(std::vector<int>{1, 2, 3}).as_string(), "{1,2,3}");
+  EXPECT_EQ(_value_t(std::vector<int>{}).as_string(), "{}");
+  EXPECT_EQ(_value_t(std::vector<std::wstring>{L"a", L"b c"}).as_string(), "{a,b c}");
+  EXPECT_EQ(_value_t(std::vector<bool>{true, false}).as_string(), "{true,false}");
+}
+
+TEST(ValueText, NumbersInRadixTen) {
+  EXPECT_EQ(_value_t(-3).as_string(), "-3");
+  EXPECT_EQ(_value_t(4294967295UL).as_string(), "4294967295");
+  EXPECT_EQ(_value_t(-9000000000LL).as_string(), "-9000000000");
+  EXPECT_EQ(_value_t(5).as_wstring(), L"5");
+  EXPECT_EQ(_value_t(-9000000000LL).as_wstring(), L"-9000000000");
+}
+
+TEST(ValueText, DoubleHasSevenSignificantDigits) {
+  EXPECT_EQ(_value_t(2.5).as_string(), "2.5");
+  EXPECT_EQ(_value_t(0.1 + 0.2).as_string(), "0.3");
+  EXPECT_EQ(_value_t(3.14159265).as_wstring(), L"3.141593");
+}
+
+TEST(ValueText, BoolsAreWords) {
+  EXPECT_EQ(_value_t(true).as_string(), "true");
+  EXPECT_EQ(_value_t(false).as_wstring(), L"false");
+}
+
+TEST(ValueText, ObjectsPrintThroughToString) {
+  EXPECT_EQ(_value_t(static_cast<SmartPtrObj*>(nullptr)).as_string(), "<null>");
+  EXPECT_EQ(_value_t(static_cast<const SmartPtrObj*>(nullptr)).as_wstring(), L"<null>");
+  _value_t named = static_cast<SmartPtrObj*>(new Named);
+  EXPECT_EQ(named.as_string(), "named object");
+  EXPECT_EQ(named.as_wstring(), L"named object");
+}
+
+TEST(ValueText, TimePrintsItsCalendarText) {
+  const _time_t day(static_cast<__int64>(86400));
+  EXPECT_EQ(_value_t(day).as_string(), day.ctime());
+}
+
+TEST(ValueText, TextKindsPrintTheirText) {
+  EXPECT_EQ(_value_t(L"wide").as_string(), "wide");
+  EXPECT_EQ(_value_t(_bstr_t(L"bstr")).as_string(), "bstr");
+  EXPECT_EQ(_value_t("narrow").as_wstring(), L"narrow");
+}
+
+TEST(ValueText, BstrFormIsTheWideText) {
+  const _bstr_t text = _value_t(std::vector<int>{1, 2}).as_bstr();
+  EXPECT_EQ(std::wstring(static_cast<const wchar_t*>(text)), L"{1,2}");
+  EXPECT_THROW(_value_t().as_bstr(), EBadCastException);
+  EXPECT_THROW(_value_t().as_wstring(), EBadCastException);
+}
+
+}  // namespace
