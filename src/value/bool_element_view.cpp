@@ -6,13 +6,14 @@
 
 namespace qz_detail {
 
-bool_element_view* bool_element_view::read_only(const std::vector<bool>& items,
-                                                 unsigned __int64 index) {
-  return new bool_element_view(&items, nullptr, index);
+bool_element_view* bool_element_view::read_only(const std::vector<bool>& items, unsigned __int64 index,
+                                                 const _value_t_data* owner) {
+  return new bool_element_view(&items, nullptr, index, owner);
 }
 
-bool_element_view* bool_element_view::writable(std::vector<bool>& items, unsigned __int64 index) {
-  return new bool_element_view(&items, &items, index);
+bool_element_view* bool_element_view::writable(std::vector<bool>& items, unsigned __int64 index,
+                                                const _value_t_data* owner) {
+  return new bool_element_view(&items, &items, index, owner);
 }
 
 const std::type_info& bool_element_view::type() const { return typeid(bool); }
@@ -33,13 +34,13 @@ bool bool_element_view::less(const _value_t_data& other) const {
 
 _value_t_data* bool_element_view::get(unsigned __int64 index) const {
   check_scalar_index(index);
-  return new bool_element_view(items_, nullptr, index_);
+  return new bool_element_view(items_, nullptr, index_, this);
 }
 
 _value_t_data* bool_element_view::get(unsigned __int64 index) {
   if (!target_) return _value_t_data::get(index);
   check_scalar_index(index);
-  return new bool_element_view(items_, target_, index_);
+  return new bool_element_view(items_, target_, index_, this);
 }
 
 unsigned short bool_element_view::vartype() const { return kind_code<bool>; }

@@ -7,7 +7,7 @@
 // write like _value_t_pcdata_t does. getp(bool) answers with the address of a
 // snapshot of the bit, good until the next getp on the same view.
 //
-// Thread safety: as the other views, none; the container must outlive it.
+// Thread safety: as the other views, none.
 #pragma once
 
 #include <qz/value/value_data.h>
@@ -18,8 +18,11 @@ namespace qz_detail {
 
 class bool_element_view : public _value_t_data {
  public:
-  static bool_element_view* read_only(const std::vector<bool>& items, unsigned __int64 index);
-  static bool_element_view* writable(std::vector<bool>& items, unsigned __int64 index);
+  // `owner` is the container storage holding `items`; the view keeps it alive.
+  static bool_element_view* read_only(const std::vector<bool>& items, unsigned __int64 index,
+                                      const _value_t_data* owner);
+  static bool_element_view* writable(std::vector<bool>& items, unsigned __int64 index,
+                                     const _value_t_data* owner);
 
   const std::type_info& type() const override;
   _value_t_data* clone() const override;
@@ -39,9 +42,9 @@ class bool_element_view : public _value_t_data {
 
  private:
   // `target` is the same vector as `items` for a writable view, else null.
-  bool_element_view(const std::vector<bool>* items, std::vector<bool>* target,
-                    unsigned __int64 index) noexcept
-      : items_(items), target_(target), index_(index), snapshot_(false) {}
+  bool_element_view(const std::vector<bool>* items, std::vector<bool>* target, unsigned __int64 index,
+                    const _value_t_data* owner) noexcept
+      : items_(items), target_(target), index_(index), snapshot_(false), owner_(owner) {}
 
   bool current() const { return (*items_)[static_cast<size_t>(index_)]; }
 
@@ -49,6 +52,7 @@ class bool_element_view : public _value_t_data {
   std::vector<bool>* target_;
   unsigned __int64 index_;
   mutable bool snapshot_;
+  _value_t_data_ref owner_;
 };
 
 }  // namespace qz_detail

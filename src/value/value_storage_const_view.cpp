@@ -9,7 +9,8 @@
 using namespace qz_detail;
 
 template <class T>
-_value_t_pcdata_t<T>::_value_t_pcdata_t(const T* constant) noexcept : constant_(constant) {}
+_value_t_pcdata_t<T>::_value_t_pcdata_t(const T* constant, const _value_t_data* owner) noexcept
+    : constant_(constant), owner_(owner) {}
 
 template <class T>
 _value_t_pcdata_t<T>::~_value_t_pcdata_t() = default;
@@ -42,7 +43,7 @@ bool _value_t_pcdata_t<T>::less(const _value_t_data& other) const {
 template <class T>
 _value_t_data* _value_t_pcdata_t<T>::get(unsigned __int64 index) const {
   check_scalar_index(index);
-  return new _value_t_pcdata_t<T>(constant_);
+  return new _value_t_pcdata_t<T>(constant_, this);
 }
 
 template <class T>

@@ -111,14 +111,14 @@ bool _value_t_cont_t<T>::object() const {
 
 template <class T>
 _value_t_data* _value_t_cont_t<T>::get(unsigned __int64 index) const {
-  if constexpr (std::is_same_v<T, bool>) return bool_element_view::read_only(items_, index);
-  else return new _value_t_pcdata_t<T>(&items_[static_cast<size_t>(index)]);
+  if constexpr (std::is_same_v<T, bool>) return bool_element_view::read_only(items_, index, this);
+  else return new _value_t_pcdata_t<T>(&items_[static_cast<size_t>(index)], this);
 }
 
 template <class T>
 _value_t_data* _value_t_cont_t<T>::get(unsigned __int64 index) {
-  if constexpr (std::is_same_v<T, bool>) return bool_element_view::writable(items_, index);
-  else return new _value_t_pdata_t<T>(&items_[static_cast<size_t>(index)]);
+  if constexpr (std::is_same_v<T, bool>) return bool_element_view::writable(items_, index, this);
+  else return new _value_t_pdata_t<T>(&items_[static_cast<size_t>(index)], this);
 }
 
 template <class T>

@@ -41,13 +41,13 @@ bool _value_t_data_t<T>::less(const _value_t_data& other) const {
 template <class T>
 _value_t_data* _value_t_data_t<T>::get(unsigned __int64 index) const {
   check_scalar_index(index);
-  return new _value_t_pcdata_t<T>(&value_);
+  return new _value_t_pcdata_t<T>(&value_, this);
 }
 
 template <class T>
 _value_t_data* _value_t_data_t<T>::get(unsigned __int64 index) {
   check_scalar_index(index);
-  return new _value_t_pdata_t<T>(&value_);
+  return new _value_t_pdata_t<T>(&value_, this);
 }
 
 template <class T>

@@ -10,7 +10,8 @@
 using namespace qz_detail;
 
 template <class T>
-_value_t_pdata_t<T>::_value_t_pdata_t(T* variable) noexcept : variable_(variable) {}
+_value_t_pdata_t<T>::_value_t_pdata_t(T* variable, const _value_t_data* owner) noexcept
+    : variable_(variable), owner_(owner) {}
 
 template <class T>
 _value_t_pdata_t<T>::~_value_t_pdata_t() = default;
@@ -43,13 +44,13 @@ bool _value_t_pdata_t<T>::less(const _value_t_data& other) const {
 template <class T>
 _value_t_data* _value_t_pdata_t<T>::get(unsigned __int64 index) const {
   check_scalar_index(index);
-  return new _value_t_pcdata_t<T>(variable_);
+  return new _value_t_pcdata_t<T>(variable_, this);
 }
 
 template <class T>
 _value_t_data* _value_t_pdata_t<T>::get(unsigned __int64 index) {
   check_scalar_index(index);
-  return new _value_t_pdata_t<T>(variable_);
+  return new _value_t_pdata_t<T>(variable_, this);
 }
 
 template <class T>

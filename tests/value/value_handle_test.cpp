@@ -200,6 +200,23 @@ TEST(ValueHandleElements, WritableElementReachesEverySharer) {
   EXPECT_EQ(_value_t(b).as_string(), "{9,2}");
 }
 
+TEST(ValueHandleElements, ElementKeepsItsStorageAliveAfterTheHandlesMoveOn) {
+  const long before = _value_t_data::live_count();
+  {
+    _value_t a = std::vector<std::string>{"x", "y"};
+    _value_t element = a[1];
+    a = _value_t(5);  // the container's last handle lets go
+    EXPECT_EQ(element.as_string(), "y");
+    _value_t b = std::vector<std::string>{"p"};
+    _value_t first = b[0];
+    b.push_back("q");  // shared with the view, so copied before growing
+    first = std::string("r");
+    EXPECT_EQ(b.as_string(), "{p,q}");
+    EXPECT_EQ(first.as_string(), "r");
+  }
+  EXPECT_EQ(_value_t_data::live_count(), before);
+}
+
 TEST(ValueHandleElements, ConstElementIsReadOnly) {
   const _value_t a = std::vector<std::string>{"x"};
   _value_t element = a[0];

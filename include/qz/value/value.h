@@ -117,9 +117,10 @@ class QZ_API _value_t {
   // Element views. The non-const form is writable and does not copy on write:
   // writing through it changes every handle sharing the container. On a
   // scalar only index 0 exists (std::out_of_range "out of range"); a
-  // container's index is not checked. A view does not keep the viewed storage
-  // alive: it must not outlive the handles that own it, nor a push_back that
-  // may move the container's elements. EBadCastException when empty.
+  // container's index is not checked. A view holds a count on the storage it
+  // points into, so it stays valid however long it lives; while it lives, the
+  // storage is shared, and a write through a handle copies first (the view
+  // then keeps seeing the old storage). EBadCastException when empty.
   _value_t operator[](unsigned __int64 index);
   const _value_t operator[](unsigned __int64 index) const;
 

@@ -83,3 +83,21 @@ class QZ_API _value_t_data {
  private:
   mutable volatile long ref_count_;
 };
+
+// One count on the storage an element view points into: the element stays
+// valid for as long as the view exists, even after every handle of the
+// container let go or copied on write.
+class _value_t_data_ref {
+ public:
+  explicit _value_t_data_ref(const _value_t_data* storage) noexcept : storage_(storage) {
+    if (storage_) storage_->AddRef();
+  }
+  _value_t_data_ref(const _value_t_data_ref&) = delete;
+  _value_t_data_ref& operator=(const _value_t_data_ref&) = delete;
+  ~_value_t_data_ref() {
+    if (storage_) storage_->Release();
+  }
+
+ private:
+  const _value_t_data* storage_;
+};

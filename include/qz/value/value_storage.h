@@ -71,7 +71,9 @@ class _value_t_data_t : public _value_t_data {
 template <class T>
 class _value_t_pdata_t : public _value_t_data {
  public:
-  explicit _value_t_pdata_t(T* variable) noexcept;
+  // `owner`, when given, is the storage that holds *variable (an element
+  // view); the view keeps it alive.
+  explicit _value_t_pdata_t(T* variable, const _value_t_data* owner = nullptr) noexcept;
   ~_value_t_pdata_t() override;
 
   const std::type_info& type() const override;
@@ -95,12 +97,13 @@ class _value_t_pdata_t : public _value_t_data {
 
  private:
   T* variable_;
+  _value_t_data_ref owner_;
 };
 
 template <class T>
 class _value_t_pcdata_t : public _value_t_data {
  public:
-  explicit _value_t_pcdata_t(const T* constant) noexcept;
+  explicit _value_t_pcdata_t(const T* constant, const _value_t_data* owner = nullptr) noexcept;
   ~_value_t_pcdata_t() override;
 
   const std::type_info& type() const override;
@@ -123,6 +126,7 @@ class _value_t_pcdata_t : public _value_t_data {
 
  private:
   const T* constant_;
+  _value_t_data_ref owner_;
 };
 
 template <class T>
