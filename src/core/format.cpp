@@ -31,34 +31,37 @@ std::basic_string<Char> to_string(const Char* buffer, int count) {
   return std::basic_string<Char>(buffer, static_cast<size_t>(count));
 }
 
+// The format's terminator is checked before anything else is touched.
+template <class Char>
+int format_checked(basic_const_string<Char> format, Char* buffer, va_list args) {
+  return format_into(buffer, format.c_str(), args);
+}
+
 }  // namespace
 
 std::string format_string(basic_const_string<char> format, ...) {
-  const char* text = format.c_str();
   char buffer[kBufferSize];
   va_list args;
   va_start(args, format);
-  const int count = format_into(buffer, text, args);
+  const int count = format_checked(format, buffer, args);
   va_end(args);
   return to_string(buffer, count);
 }
 
 std::wstring format_wstring(basic_const_string<wchar_t> format, ...) {
-  const wchar_t* text = format.c_str();
   wchar_t buffer[kBufferSize];
   va_list args;
   va_start(args, format);
-  const int count = format_into(buffer, text, args);
+  const int count = format_checked(format, buffer, args);
   va_end(args);
   return to_string(buffer, count);
 }
 
 _bstr_t format_bstr(basic_const_string<wchar_t> format, ...) {
-  const wchar_t* text = format.c_str();
   wchar_t buffer[kBufferSize];
   va_list args;
   va_start(args, format);
-  const int count = format_into(buffer, text, args);
+  const int count = format_checked(format, buffer, args);
   va_end(args);
   // A _bstr_t result is meant for display: an overlong one keeps its first
   // kMaxCount characters instead of failing.

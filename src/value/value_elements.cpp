@@ -23,6 +23,11 @@ const _value_t _value_t::operator[](unsigned __int64 index) const {
 template <class T>
 void _value_t::push_back_scalar(const T& v) {
   if (!data_) return reset(new _value_t_data_t<T>(v));
+  append(v);
+}
+
+template <class T>
+void _value_t::append(const T& v) {
   if (!data_->container()) {
     std::unique_ptr<_value_t_data> grown(data_->to_container());
     grown->push_back(v);
@@ -57,11 +62,5 @@ void _value_t::push_back(const _value_t& v) {
     if (!v.data_) throw EBadCastException(typeid(void), typeid(void));
     return reset(v.data_->clone());
   }
-  if (!data_->container()) {
-    std::unique_ptr<_value_t_data> grown(data_->to_container());
-    grown->push_back(v);
-    return reset(grown.release());
-  }
-  detach();
-  data_->push_back(v);
+  append(v);
 }

@@ -155,6 +155,9 @@ class QZ_API _value_t {
   void assign_scalar(const T& v);
   template <class T>
   void push_back_scalar(const T& v);
+  // push_back on a non-empty value: grows a scalar into a container first.
+  template <class T>
+  void append(const T& v);
   // Gives this handle its own storage before a write.
   void detach();
   // Installs `storage` (fresh, count 0) and releases the old one.
