@@ -9,6 +9,8 @@ int main() {
     tour_core();
     tour_value();
     tour_errors();
+    tour_time();
+    tour_conversions();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

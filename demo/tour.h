@@ -10,3 +10,5 @@ inline void show(const char* what, const std::string& result) { std::printf("  %
 void tour_core();
 void tour_value();
 void tour_errors();
+void tour_time();
+void tour_conversions();

@@ -34,6 +34,30 @@ TEST(ValueText, DoubleHasSevenSignificantDigits) {
   EXPECT_EQ(_value_t(3.14159265).as_wstring(), L"3.141593");
 }
 
+TEST(ValueText, LargeDoublesTakeTheRuntimesExponentForm) {
+  EXPECT_EQ(_value_t(123456789.0).as_string(), "1.234568e+008");
+  EXPECT_EQ(_value_t(-0.5).as_string(), "-0.5");
+  EXPECT_EQ(_value_t(1.0 / 3).as_wstring(), L"0.3333333");
+  EXPECT_EQ(_value_t(std::vector<double>{-0.5, 123456789.0}).as_string(), "{-0.5,1.234568e+008}");
+}
+
+TEST(ValueText, ContainerElementsUseTheirScalarText) {
+  const _time_t first(static_cast<__int64>(0));
+  const _time_t second(static_cast<__int64>(86400));
+  EXPECT_EQ(_value_t(std::vector<_time_t>{first, second}).as_string(),
+            "{" + first.ctime() + "," + second.ctime() + "}");
+  EXPECT_EQ(_value_t(std::vector<std::string>{"a,b", "c"}).as_string(), "{a,b,c}");  // no quoting
+  _value_t objects = static_cast<SmartPtrObj*>(nullptr);
+  objects.push_back(static_cast<SmartPtrObj*>(new Named));
+  EXPECT_EQ(objects.as_string(), "{<null>,named object}");
+  EXPECT_EQ(objects.as_wstring(), L"{<null>,named object}");
+}
+
+TEST(ValueText, InvalidTimePrintsAsSuch) {
+  EXPECT_EQ(_value_t(_time_t::invalid).as_string(), "<invalid time>");
+  EXPECT_EQ(_value_t(_time_t::invalid).as_wstring(), L"<invalid time>");
+}
+
 TEST(ValueText, BoolsAreWords) {
   EXPECT_EQ(_value_t(true).as_string(), "true");
   EXPECT_EQ(_value_t(false).as_wstring(), L"false");

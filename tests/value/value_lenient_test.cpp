@@ -1,0 +1,163 @@
+// The lenient readers convert across kinds by the kind code; these tests pin
+// the cells of their table that differ from what a reader might guess.
+#include <qz/errors/exceptions.h>
+#include <qz/value/value.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string from_of(const EBadCastException& e) { return std::string(e.get_value("From")); }
+std::string to_of(const EBadCastException& e) { return std::string(e.get_value("To")); }
+
+const __int64 kTwoTo32 = 0x100000000LL;
+
+TEST(ValueLenient, EveryReaderRefusesAnEmptyValueFromVoidToItsResult) {
+  const _value_t empty;
+  const auto expect_void_to = [](auto read, const char* to) {
+    try {
+      read();
+      ADD_FAILURE() << "read an empty value as " << to;
+    } catch (const EBadCastException& e) {
+      EXPECT_EQ(from_of(e), "void");
+      EXPECT_EQ(to_of(e), to);
+    }
+  };
+  expect_void_to([&] { return empty.as_int(); }, "int");
+  expect_void_to([&] { return empty.as_ulong(); }, "unsigned long");
+  expect_void_to([&] { return empty.as_int64(); }, "long long");
+  expect_void_to([&] { return empty.as_bool(); }, "bool");
+  expect_void_to([&] { return empty.as_double(); }, "double");
+}
+
+TEST(ValueLenient, DoubleTruncatesTowardZero) {
+  const _value_t negative = -2.7;
+  EXPECT_EQ(negative.as_int(), -2);
+  EXPECT_EQ(negative.as_int64(), -2);
+  EXPECT_EQ(negative.as_ulong(), 4294967294UL);  // -2 in 64 bits, low 32 kept
+  EXPECT_DOUBLE_EQ(negative.as_double(), -2.7);
+  EXPECT_FALSE(_value_t(0.9).as_bool());  // truncated to 0 first
+  EXPECT_TRUE(_value_t(-1.5).as_bool());
+}
+
+TEST(ValueLenient, DoubleToInt64PassesThrough32BitsButToUlongThrough64) {
+  const _value_t big = 3e10;
+  EXPECT_NE(big.as_int64(), 30000000000LL);
+  EXPECT_EQ(big.as_int64(), INT_MIN);  // the processor's answer out of range
+  EXPECT_EQ(big.as_int(), INT_MIN);
+  EXPECT_EQ(big.as_ulong(), static_cast<unsigned long>(30000000000LL));
+  EXPECT_EQ(big.as_ulong(), 4230196224UL);
+  EXPECT_TRUE(big.as_bool());
+  EXPECT_EQ(_value_t(std::nan("")).as_int(), INT_MIN);
+}
+
+TEST(ValueLenient, TimeReadsAsItsSeconds) {
+  const _value_t later = _time_t(kTwoTo32 + 5);
+  EXPECT_EQ(later.as_int(), 5);
+  EXPECT_EQ(later.as_ulong(), 5UL);
+  EXPECT_EQ(later.as_int64(), kTwoTo32 + 5);
+  EXPECT_DOUBLE_EQ(later.as_double(), 4294967301.0);
+  EXPECT_TRUE(later.as_bool());
+  EXPECT_FALSE(_value_t(_time_t()).as_bool());
+}
+
+TEST(ValueLenient, TextGoesThroughTheRuntimeParsers) {
+  const _value_t number = "42abc";
+  EXPECT_EQ(number.as_int(), 42);
+  EXPECT_EQ(number.as_ulong(), 42UL);
+  EXPECT_EQ(number.as_int64(), 42);
+  EXPECT_DOUBLE_EQ(_value_t("2.5x").as_double(), 2.5);
+  EXPECT_EQ(_value_t("9000000000").as_int64(), 9000000000LL);
+  EXPECT_EQ(_value_t("4294967295").as_ulong(), 4294967295UL);
+  EXPECT_EQ(_value_t("-1").as_ulong(), 4294967295UL);  // strtoul negates
+  EXPECT_EQ(_value_t(L"17").as_int(), 17);
+  EXPECT_EQ(_value_t(_bstr_t(L"-8")).as_int64(), -8);
+}
+
+TEST(ValueLenient, TextThatIsNoNumberReadsAsZero) {
+  const _value_t words = "abc";
+  EXPECT_EQ(words.as_int(), 0);
+  EXPECT_EQ(words.as_ulong(), 0UL);
+  EXPECT_EQ(words.as_int64(), 0);
+  EXPECT_EQ(words.as_double(), 0.0);
+  EXPECT_EQ(_value_t("").as_int(), 0);
+}
+
+TEST(ValueLenient, TextIsTrueWhenItSaysTrueInAnyCaseOrIsANonZeroNumber) {
+  EXPECT_TRUE(_value_t("TRUE").as_bool());
+  EXPECT_TRUE(_value_t(L"tRuE").as_bool());
+  EXPECT_TRUE(_value_t("2").as_bool());
+  EXPECT_TRUE(_value_t("-1 apple").as_bool());
+  EXPECT_FALSE(_value_t("yes").as_bool());
+  EXPECT_FALSE(_value_t("0").as_bool());
+  EXPECT_FALSE(_value_t("true ").as_bool());  // the whole text must match
+}
+
+TEST(ValueLenient, BoolReadsAsZeroOrOne) {
+  const _value_t yes = true;
+  EXPECT_EQ(yes.as_int(), 1);
+  EXPECT_EQ(yes.as_ulong(), 1UL);
+  EXPECT_EQ(yes.as_int64(), 1);
+  EXPECT_EQ(yes.as_double(), 1.0);
+  EXPECT_TRUE(yes.as_bool());
+  EXPECT_EQ(_value_t(false).as_int64(), 0);
+}
+
+TEST(ValueLenient, ThirtyTwoBitKindsKeepTheirBitsAndWidenBySignedness) {
+  const _value_t all_bits = 4294967295UL;
+  EXPECT_EQ(all_bits.as_int(), -1);
+  EXPECT_EQ(all_bits.as_int64(), 4294967295LL);
+  EXPECT_EQ(all_bits.as_double(), 4294967295.0);
+  const _value_t minus_one = -1;
+  EXPECT_EQ(minus_one.as_ulong(), 4294967295UL);
+  EXPECT_EQ(minus_one.as_int64(), -1);
+  EXPECT_EQ(minus_one.as_double(), -1.0);
+  EXPECT_TRUE(minus_one.as_bool());
+  EXPECT_FALSE(_value_t(0UL).as_bool());
+}
+
+TEST(ValueLenient, Int64ToIntRefusesButToUlongKeepsTheLowBits) {
+  const _value_t wide = kTwoTo32 + 5;
+  EXPECT_EQ(wide.as_ulong(), 5UL);
+  EXPECT_EQ(wide.as_int64(), kTwoTo32 + 5);
+  EXPECT_TRUE(_value_t(kTwoTo32).as_bool());  // the whole value, not its low bits
+  EXPECT_EQ(wide.as_double(), 4294967301.0);
+  try {
+    wide.as_int();
+    FAIL() << "as_int narrowed an __int64";
+  } catch (const EBadCastException& e) {
+    EXPECT_EQ(from_of(e), "long long");
+    EXPECT_EQ(to_of(e), "int");
+  }
+}
+
+TEST(ValueLenient, ObjectsRefuseEveryNumber) {
+  const _value_t object = static_cast<SmartPtrObj*>(nullptr);
+  EXPECT_THROW(object.as_int(), EBadCastException);
+  EXPECT_THROW(object.as_ulong(), EBadCastException);
+  EXPECT_THROW(object.as_int64(), EBadCastException);
+  EXPECT_THROW(object.as_bool(), EBadCastException);
+  EXPECT_THROW(object.as_double(), EBadCastException);
+}
+
+TEST(ValueLenient, ContainerReadsItsFirstElement) {
+  const _value_t numbers = std::vector<std::string>{"7", "8"};
+  EXPECT_EQ(numbers.as_int(), 7);
+  EXPECT_DOUBLE_EQ(_value_t(std::vector<double>{1.5, 9}).as_double(), 1.5);
+  EXPECT_THROW(_value_t(std::vector<int>{}).as_int(), std::out_of_range);
+}
+
+TEST(ValueLenient, ViewsReadTheCallersVariable) {
+  int watched = 3;
+  const _value_t view = _value_t::view(watched);
+  watched = 12;
+  EXPECT_EQ(view.as_int64(), 12);
+  EXPECT_EQ(view.as_double(), 12.0);
+}
+
+}  // namespace
