@@ -11,6 +11,7 @@ int main() {
     tour_errors();
     tour_time();
     tour_conversions();
+    tour_os();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

@@ -12,3 +12,4 @@ void tour_value();
 void tour_errors();
 void tour_time();
 void tour_conversions();
+void tour_os();

@@ -19,6 +19,9 @@
 
 // value: the variant value
 #include <qz/value/value.h>
+#include <qz/value/value_data.h>
+#include <qz/value/value_kinds.h>
+#include <qz/value/value_storage.h>
 
 // errors: the exception model
 #include <qz/errors/exceptions.h>
@@ -26,9 +29,28 @@
 #include <qz/errors/throw.h>
 #include <qz/errors/tuning.h>
 
-// sync: locks
+// sync: locks and kernel synchronisation objects
 #include <qz/sync/critical_section.h>
+#include <qz/sync/event.h>
 #include <qz/sync/lock.h>
+#include <qz/sync/mutex.h>
+#include <qz/sync/semaphore.h>
+#include <qz/sync/timed_lock.h>
+#include <qz/sync/tlock.h>
+#include <qz/sync/waitable_timer.h>
 
-// time
+// time: calendar time, log stamps and stopwatches
+#include <qz/time/log_stamps.h>
+#include <qz/time/pcounter.h>
+#include <qz/time/thread_times.h>
+#include <qz/time/ticks.h>
 #include <qz/time/time.h>
+
+// os: handles, files and processes
+#include <qz/os/do_not_initialize.h>
+#include <qz/os/file.h>
+#include <qz/os/file_mapping.h>
+#include <qz/os/handle.h>
+#include <qz/os/mailslot.h>
+#include <qz/os/overlapped.h>
+#include <qz/os/process.h>

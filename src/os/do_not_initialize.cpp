@@ -1,0 +1,3 @@
+#include <qz/os/do_not_initialize.h>
+
+const _DoNotInitialize DoNotInitialize{};

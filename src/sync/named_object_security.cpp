@@ -1,0 +1,17 @@
+#include "sync/named_object_security.h"
+
+#include <qz/errors/throw.h>
+
+namespace qz_detail {
+
+named_object_security::named_object_security(bool open_to_everyone) : descriptor_(), attributes_() {
+  if (!InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION))
+    ThrowSystemException();
+  if (open_to_everyone && !SetSecurityDescriptorDacl(&descriptor_, TRUE, nullptr, FALSE))
+    ThrowSystemException();
+  attributes_.nLength = sizeof attributes_;
+  attributes_.lpSecurityDescriptor = &descriptor_;
+  attributes_.bInheritHandle = FALSE;
+}
+
+}  // namespace qz_detail

@@ -1,0 +1,68 @@
+#include <qz/os/file.h>
+#include <qz/os/file_mapping.h>
+
+#include "os/os_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+using os_test::CodeOf;
+using os_test::TempPath;
+using os_test::UniqueName;
+
+// Views start at multiples of the allocation granularity.
+constexpr DWORD kGranularity = 65536;
+
+// A mapped view, unmapped at the end of the test.
+struct View {
+  void* address;
+  explicit View(void* a) : address(a) {}
+  ~View() { UnmapViewOfFile(address); }
+  char* text() const { return static_cast<char*>(address); }
+};
+
+TEST(TFileMapping, NamedMemoryIsSharedWithAnOpenedMapping) {
+  const std::wstring name = UniqueName(L"mapping");
+  TFileMapping created;
+  EXPECT_EQ(static_cast<void*>(created), INVALID_HANDLE_VALUE);
+  created.CreateFileMappingW(PAGE_READWRITE, 2 * kGranularity, name.c_str());
+  TFileMapping opened;
+  const std::string narrow(name.begin(), name.end());
+  opened.OpenFileMappingW(narrow.c_str(), FILE_MAP_ALL_ACCESS);
+
+  View writer(created.MapViewOfFile(FILE_MAP_WRITE, 0, 0));
+  View reader(opened.MapViewOfFile(FILE_MAP_READ, kGranularity, 4096));
+  std::strcpy(writer.text() + kGranularity, "shared");
+  EXPECT_STREQ(reader.text(), "shared");
+}
+
+TEST(TFileMapping, MapsTheWholeFile) {
+  TempPath path;
+  TFile file(path.wide(), GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS);
+  file.WriteFile("mapped content", 15);
+  TFileMapping mapping;
+  mapping.CreateFileMappingW(PAGE_READONLY, static_cast<void*>(file));
+  View view(mapping.MapViewOfFile(FILE_MAP_READ, 0, 0));
+  EXPECT_STREQ(view.text(), "mapped content");
+}
+
+TEST(TFileMapping, FailuresThrowTheSystemError) {
+  TFileMapping missing;
+  try {
+    missing.OpenFileMappingW(UniqueName(L"missing").c_str(), FILE_MAP_READ);
+    FAIL() << "opened a missing mapping";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
+  }
+  EXPECT_EQ(static_cast<void*>(missing), nullptr);
+
+  TFileMapping read_only;
+  read_only.CreateFileMappingW(PAGE_READONLY, 4096ull, static_cast<const char*>(nullptr));
+  EXPECT_THROW(read_only.MapViewOfFile(FILE_MAP_WRITE, 0, 0), ESystemException);
+}
+
+}  // namespace

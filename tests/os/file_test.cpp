@@ -1,0 +1,117 @@
+#include <qz/os/file.h>
+
+#include "os/os_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using os_test::CodeOf;
+using os_test::TempPath;
+
+constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
+
+std::string ReadAll(TFile& file, DWORD size) {
+  std::string text(size, '\0');
+  const DWORD read = file.ReadFile(&text[0], size);
+  text.resize(read);
+  return text;
+}
+
+TEST(TFile, WrittenTextReadsBackThroughWideAndNarrowNames) {
+  TempPath path;
+  {
+    TFile file(path.wide(), kReadWrite, 0, CREATE_ALWAYS);
+    EXPECT_EQ(file.WriteFile("hello, file", 11), 11u);
+    DWORD written = 0;
+    file.WriteFile("!", 1, written);
+    EXPECT_EQ(written, 1u);
+    file.FlushFile();
+    EXPECT_EQ(file.GetFileSize(), 12u);
+    EXPECT_EQ(file.SetFilePointerEx(0, FILE_BEGIN), 0u);
+    EXPECT_EQ(ReadAll(file, 64), "hello, file!");
+  }
+  TFile again(path.narrow(), GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+  EXPECT_EQ(again.SetFilePointer(7, FILE_BEGIN), 7u);
+  DWORD read = 0;
+  char tail[8] = {};
+  again.ReadFile(tail, sizeof tail, read);
+  EXPECT_EQ(std::string(tail, read), "file!");
+  EXPECT_EQ(again.ReadFile(tail, sizeof tail), 0u);  // end of file
+}
+
+TEST(TFile, InformationMatchesTheFile) {
+  TempPath path;
+  TFile file(path.wide(), kReadWrite, 0, CREATE_ALWAYS);
+  file.WriteFile("12345", 5);
+  BY_HANDLE_FILE_INFORMATION information;
+  file.GetFileInformation(information);
+  EXPECT_EQ(information.nFileSizeLow, 5u);
+  EXPECT_EQ(information.nFileSizeHigh, 0u);
+  const FILETIME written = file.GetLastWriteTime();
+  EXPECT_EQ(written.dwLowDateTime, information.ftLastWriteTime.dwLowDateTime);
+  EXPECT_EQ(written.dwHighDateTime, information.ftLastWriteTime.dwHighDateTime);
+  EXPECT_NE(written.dwHighDateTime, 0u);
+}
+
+TEST(TFile, CopiesShareOneFilePointer) {
+  TempPath path;
+  TFile file(path.wide(), kReadWrite, 0, CREATE_ALWAYS);
+  TFile copy(file);
+  TFile from_handle{THandle(static_cast<void*>(file))};
+  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(file));
+  file.WriteFile("abc", 3);
+  EXPECT_EQ(copy.SetFilePointerEx(0, FILE_CURRENT), 3u);
+  copy.WriteFile("def", 3);
+  EXPECT_EQ(from_handle.SetFilePointerEx(-6, FILE_CURRENT), 0u);
+  EXPECT_EQ(ReadAll(from_handle, 16), "abcdef");
+}
+
+TEST(TFile, MissingFileThrowsTheSystemError) {
+  TempPath path;  // never created
+  for (int narrow = 0; narrow < 2; ++narrow) {
+    try {
+      if (narrow)
+        TFile(path.narrow(), GENERIC_READ, 0, OPEN_EXISTING);
+      else
+        TFile(path.wide(), GENERIC_READ, 0, OPEN_EXISTING);
+      FAIL() << "opened a missing file";
+    } catch (const ESystemException& e) {
+      EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
+      EXPECT_FALSE(std::string(e.get_value("Text")).empty());
+    }
+  }
+}
+
+TEST(TFile, OpenFillsAnEmptyObject) {
+  TempPath path;
+  TFile file(DoNotInitialize);
+  EXPECT_FALSE(file.IsValidHandle());
+  file.OpenFile(path.narrow(), kReadWrite, 0, CREATE_NEW);
+  file.WriteFile("x", 1);
+  file.CloseHandle();
+  file.CreateFileW(path.wide(), GENERIC_READ, 0, OPEN_EXISTING);
+  EXPECT_EQ(file.GetFileSize(), 1u);
+  file.CloseHandle();
+  EXPECT_THROW(file.OpenFile(path.wide(), GENERIC_READ, 0, CREATE_NEW), ESystemException);
+}
+
+TEST(TFile, FailingTransfersThrow) {
+  TempPath path;
+  TFile read_only(path.wide(), GENERIC_READ, FILE_SHARE_WRITE, CREATE_ALWAYS);
+  try {
+    read_only.WriteFile("x", 1);
+    FAIL() << "wrote through a read-only handle";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_ACCESS_DENIED);
+  }
+  EXPECT_THROW(read_only.SetFilePointerEx(-1, FILE_BEGIN), ESystemException);
+  TFile empty(DoNotInitialize);
+  char byte;
+  EXPECT_THROW(empty.ReadFile(&byte, 1), ESystemException);
+  EXPECT_THROW(empty.FlushFile(), ESystemException);
+}
+
+}  // namespace

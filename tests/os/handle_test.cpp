@@ -1,0 +1,146 @@
+#include <qz/os/handle.h>
+
+#include "os/os_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using os_test::CodeOf;
+using os_test::IsSignaled;
+
+// An unnamed manual-reset event, closed at the end of the test.
+struct RawEvent {
+  HANDLE h = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  ~RawEvent() { ::CloseHandle(h); }
+};
+
+// A value no handle table hands out.
+HANDLE BogusHandle() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x7ffffff0)); }
+
+TEST(THandle, NullAndMinusOneMeanNoHandleAndAreNotClosed) {
+  EXPECT_EQ(static_cast<void*>(THandle()), INVALID_HANDLE_VALUE);
+  {
+    THandle null_handle(nullptr);
+    EXPECT_EQ(static_cast<void*>(null_handle), nullptr);
+    EXPECT_FALSE(null_handle.IsValidHandle());
+    THandle invalid(INVALID_HANDLE_VALUE);
+    EXPECT_EQ(static_cast<void*>(invalid), INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(invalid.IsValidHandle());
+    THandle copy(null_handle);
+    EXPECT_EQ(static_cast<void*>(copy), nullptr);
+  }  // destructors close nothing and do not throw
+  EXPECT_FALSE(THandle::IsValidHandle(nullptr));
+  EXPECT_FALSE(THandle::IsValidHandle(INVALID_HANDLE_VALUE));
+}
+
+TEST(THandle, ConstructionAndCopyDuplicateToTheSameObject) {
+  RawEvent raw;
+  THandle from_raw(raw.h);
+  THandle copy(from_raw);
+  EXPECT_NE(static_cast<void*>(from_raw), raw.h);
+  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(from_raw));
+  ASSERT_TRUE(SetEvent(copy));
+  EXPECT_TRUE(IsSignaled(raw.h));
+  ASSERT_TRUE(ResetEvent(from_raw));
+  EXPECT_FALSE(IsSignaled(copy));
+}
+
+TEST(THandle, DestructionClosesOnlyItsOwnDuplicate) {
+  RawEvent raw;
+  HANDLE duplicate;
+  {
+    THandle owner(raw.h);
+    duplicate = owner;
+  }
+  DWORD flags;
+  EXPECT_FALSE(GetHandleInformation(duplicate, &flags));
+  EXPECT_TRUE(GetHandleInformation(raw.h, &flags));
+}
+
+TEST(THandle, DetachedHandleStaysOpen) {
+  RawEvent raw;
+  HANDLE detached;
+  {
+    THandle owner(raw.h);
+    detached = owner.DetachHandle();
+    EXPECT_EQ(static_cast<void*>(owner), INVALID_HANDLE_VALUE);
+  }
+  EXPECT_TRUE(SetEvent(detached));
+  EXPECT_TRUE(::CloseHandle(detached));
+}
+
+TEST(THandle, AttachTakesOverWithoutDuplicating) {
+  HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  {
+    THandle owner;
+    owner.AttachHandle(event);
+    EXPECT_EQ(static_cast<void*>(owner), event);
+  }
+  DWORD flags;
+  EXPECT_FALSE(GetHandleInformation(event, &flags));  // closed by the owner
+}
+
+TEST(THandle, AssignmentClosesTheOldHandleAndDuplicatesTheNew) {
+  RawEvent first, second;
+  THandle owner(first.h);
+  HANDLE old = owner;
+  owner = second.h;
+  DWORD flags;  // closed: either gone or already reused for the duplicate
+  EXPECT_TRUE(static_cast<void*>(owner) == old || !GetHandleInformation(old, &flags));
+  EXPECT_NE(static_cast<void*>(owner), second.h);
+  ASSERT_TRUE(SetEvent(owner));
+  EXPECT_TRUE(IsSignaled(second.h));
+
+  THandle other(first.h);
+  other = owner;
+  EXPECT_NE(static_cast<void*>(other), static_cast<void*>(owner));
+  EXPECT_TRUE(IsSignaled(other));
+}
+
+TEST(THandle, SelfAssignmentLeavesTheObjectEmpty) {
+  RawEvent raw;
+  THandle owner(raw.h);
+  const THandle& same = owner;
+  owner = same;
+  EXPECT_EQ(static_cast<void*>(owner), INVALID_HANDLE_VALUE);
+}
+
+TEST(THandle, FailedCloseThrowsFromCloseHandleAndDestructor) {
+  THandle null_handle(nullptr);
+  try {
+    null_handle.CloseHandle();
+    FAIL() << "closing the null handle succeeded";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_INVALID_HANDLE);
+    EXPECT_FALSE(std::string(e.get_value("Text")).empty());
+  }
+  EXPECT_EQ(static_cast<void*>(null_handle), INVALID_HANDLE_VALUE);
+
+  EXPECT_THROW(
+      {
+        THandle bogus;
+        bogus.AttachHandle(BogusHandle());
+      },
+      ESystemException);
+}
+
+TEST(THandle, DuplicatingAnInvalidHandleThrows) {
+  EXPECT_THROW(THandle{BogusHandle()}, ESystemException);
+}
+
+TEST(THandle, WaitReportsTimeOutSignalAndFailure) {
+  RawEvent raw;
+  THandle event(raw.h);
+  EXPECT_EQ(event.WaitForSingleObject(0, FALSE), static_cast<DWORD>(WAIT_TIMEOUT));
+  SetEvent(raw.h);
+  EXPECT_EQ(event.WaitForSingleObject(1000, TRUE), static_cast<DWORD>(WAIT_OBJECT_0));
+  try {
+    THandle(nullptr).WaitForSingleObject(0, FALSE);
+    FAIL() << "waiting on the null handle succeeded";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_INVALID_HANDLE);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+// Every wait of the kernel-object wrappers is alertable. A queued user
+// procedure call ends a timed wait with "not taken" and is sat out by an
+// untimed one.
+#include <qz/sync/event.h>
+#include <qz/sync/mutex.h>
+#include <qz/sync/semaphore.h>
+
+#include "sync/sync_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using sync_test::Eventually;
+using sync_test::MarkRan;
+using sync_test::WorkerThread;
+
+// One wrapper seen through its two waits, with the object made unavailable
+// beforehand and `release` making it available again.
+struct WaitCase {
+  std::function<bool(unsigned int)> timed;
+  std::function<void()> untimed;
+  std::function<void()> release;
+};
+
+// Starts `wait` on a worker and queues a procedure call to it once it is
+// about to wait (queued earlier, the call would run before the wait begins).
+struct InterruptedWorker {
+  TEvent about_to_wait;
+  std::atomic<bool> call_ran{false};
+  WorkerThread worker;
+
+  explicit InterruptedWorker(std::function<void()> wait)
+      : worker([this, wait] {
+          about_to_wait.Set();
+          wait();
+        }) {
+    EXPECT_TRUE(about_to_wait.Signaled(10000));
+    EXPECT_TRUE(QueueUserAPC(MarkRan, worker.handle(), reinterpret_cast<ULONG_PTR>(&call_ran)));
+  }
+};
+
+void ExpectTimedWaitEndsUntaken(const WaitCase& c) {
+  std::atomic<int> result{-1};
+  InterruptedWorker w([&] { result = c.timed(60000) ? 1 : 0; });
+  ASSERT_TRUE(w.worker.Join(20000)) << "the call did not end the 60 s wait";
+  EXPECT_TRUE(w.call_ran);
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(w.worker.error(), "");
+}
+
+void ExpectUntimedWaitGoesOn(const WaitCase& c) {
+  std::atomic<bool> returned{false};
+  InterruptedWorker w([&] {
+    c.untimed();
+    returned = true;
+  });
+  ASSERT_TRUE(Eventually([&] { return w.call_ran.load(); }));
+  EXPECT_FALSE(w.worker.Join(200)) << "the wait ended with the call";
+  EXPECT_FALSE(returned);
+  c.release();
+  ASSERT_TRUE(w.worker.Join(20000));
+  EXPECT_TRUE(returned);
+  EXPECT_EQ(w.worker.error(), "");
+}
+
+TEST(AlertableWait, ProcedureCallEndsTimedMutexLockWithFalse) {
+  TMutex mutex;
+  mutex.Lock();
+  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return mutex.Lock(ms); }, {}, {}});
+  mutex.Unlock();
+}
+
+TEST(AlertableWait, UntimedMutexLockWaitsOnAfterProcedureCall) {
+  TMutex mutex;
+  mutex.Lock();
+  ExpectUntimedWaitGoesOn({{},
+                           [&] {
+                             mutex.Lock();
+                             mutex.Unlock();
+                           },
+                           [&] { mutex.Unlock(); }});
+}
+
+TEST(AlertableWait, ProcedureCallEndsTimedSemaphoreLockWithFalse) {
+  TSemaphore semaphore(1, 0);
+  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return semaphore.Lock(ms); }, {}, {}});
+}
+
+TEST(AlertableWait, UntimedSemaphoreLockWaitsOnAfterProcedureCall) {
+  TSemaphore semaphore(1, 0);
+  ExpectUntimedWaitGoesOn({{}, [&] { semaphore.Lock(); }, [&] { semaphore.Unlock(); }});
+}
+
+TEST(AlertableWait, ProcedureCallEndsEventSignaledWithFalse) {
+  TEvent event;
+  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, {}, {}});
+}
+
+TEST(AlertableWait, WaitForSignalWaitsOnAfterProcedureCall) {
+  TEvent event;
+  ExpectUntimedWaitGoesOn({{}, [&] { event.WaitForSignal(); }, [&] { event.Set(); }});
+}
+
+}  // namespace

@@ -1,0 +1,94 @@
+#include <qz/sync/mutex.h>
+#include <qz/sync/tlock.h>
+
+#include "sync/sync_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using sync_test::CodeOf;
+using sync_test::UniqueName;
+using sync_test::WorkerThread;
+
+// Whether another thread can take `mutex` right now (and gives it back).
+bool FreeForOthers(TMutex& mutex) {
+  bool taken = false;
+  WorkerThread([&] {
+    taken = mutex.Lock(0);
+    if (taken) mutex.Unlock();
+  }).Join(10000);
+  return taken;
+}
+
+TEST(TMutex, ExcludesOtherThreadsAndIsRecursiveForTheOwner) {
+  TMutex mutex;
+  EXPECT_TRUE(FreeForOthers(mutex));
+  mutex.Lock();
+  EXPECT_TRUE(mutex.Lock(0));
+  mutex.Unlock();
+  EXPECT_FALSE(FreeForOthers(mutex));
+  mutex.ReleaseMutex();
+  EXPECT_TRUE(FreeForOthers(mutex));
+}
+
+TEST(TMutex, AbandonedMutexIsTakenOver) {
+  TMutex mutex;
+  WorkerThread([&] { mutex.Lock(); }).Join(10000);  // ends still owning it
+  EXPECT_TRUE(mutex.Lock(10000));
+  mutex.Unlock();
+  EXPECT_TRUE(FreeForOthers(mutex));
+
+  WorkerThread([&] { mutex.Lock(); }).Join(10000);
+  mutex.Lock();  // one hold, released by one Unlock
+  mutex.Unlock();
+  EXPECT_TRUE(FreeForOthers(mutex));
+}
+
+TEST(TMutex, UnlockWithoutOwningThrows) {
+  TMutex mutex;
+  try {
+    mutex.Unlock();
+    FAIL() << "released a mutex nobody owned";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_NOT_OWNER);
+  }
+}
+
+TEST(TMutex, NamedMutexIsOpenedByName) {
+  const std::wstring name = UniqueName(L"mutex");
+  TMutex named(name.c_str());
+  TMutex opened(DoNotInitialize);
+  EXPECT_FALSE(opened.IsValidHandle());
+  const std::string narrow(name.begin(), name.end());
+  opened.OpenMutexW(narrow.c_str(), MUTEX_ALL_ACCESS);
+  TLock hold(named);
+  EXPECT_FALSE(FreeForOthers(opened));
+
+  TMutex created(DoNotInitialize);
+  created.CreateMutexW(UniqueName(L"owned").c_str(), true);
+  EXPECT_FALSE(FreeForOthers(created));
+  created.Unlock();
+}
+
+TEST(TMutex, CopyDuplicatesTheHandle) {
+  TMutex mutex;
+  TMutex copy(mutex);
+  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(mutex));
+  TLock hold(copy);
+  EXPECT_FALSE(FreeForOthers(mutex));
+}
+
+TEST(TMutex, FailedOpenThrowsAndKeepsTheNullHandle) {
+  TMutex mutex(DoNotInitialize);
+  try {
+    mutex.OpenMutexW(UniqueName(L"missing").c_str(), SYNCHRONIZE);
+    FAIL() << "opened a missing mutex";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
+  }
+  EXPECT_EQ(static_cast<void*>(mutex), nullptr);
+  EXPECT_THROW(mutex.Lock(0), ESystemException);
+}
+
+}  // namespace

@@ -1,0 +1,168 @@
+#include <qz/sync/critical_section.h>
+#include <qz/sync/timed_lock.h>
+#include <qz/time/pcounter.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+// A reader/writer lock that only records which operation reached it; timed
+// operations answer `grant`, and `fail` makes every operation throw.
+class RecordingLock : public IMultiLockEx {
+ public:
+  bool Lock(unsigned int) override { return Timed("Lock"); }
+  void Lock() override { Record("Lock"); }
+  void Unlock() override { Record("Unlock"); }
+  bool ReadLock(unsigned int) override { return Timed("ReadLock"); }
+  void ReadLock() override { Record("ReadLock"); }
+  bool WriteLock(unsigned int) override { return Timed("WriteLock"); }
+  void WriteLock() override { Record("WriteLock"); }
+  bool ReadLockThreadIndependent(unsigned int) override { return Timed("ReadTI"); }
+  void ReadLockThreadIndependent() override { Record("ReadTI"); }
+  bool WriteLockThreadIndependent(unsigned int) override { return Timed("WriteTI"); }
+  void WriteLockThreadIndependent() override { Record("WriteTI"); }
+  void UnlockThreadIndependent() override { Record("UnlockTI"); }
+
+  bool grant = true;
+  bool fail = false;
+  std::string calls;
+
+ private:
+  void Record(const char* name) {
+    if (fail) throw std::runtime_error("refused");
+    calls += name;
+    calls += ' ';
+  }
+  bool Timed(const char* name) {
+    Record(name);
+    return grant;
+  }
+};
+
+TEST(TTimedLock, ForwardsEachOperationToTheTarget) {
+  RecordingLock target;
+  TTimedLock lock(target);
+  lock.Lock();
+  EXPECT_TRUE(lock.ReadLock(1));
+  lock.WriteLock();
+  EXPECT_TRUE(lock.ReadLockThreadIndependent(2));
+  lock.WriteLockThreadIndependent();
+  lock.UnlockThreadIndependent();
+  lock.UnlockThreadIndependent();
+  lock.Unlock();
+  lock.Unlock();
+  lock.Unlock();
+  EXPECT_EQ(target.calls,
+            "Lock ReadLock WriteLock ReadTI WriteTI UnlockTI UnlockTI Unlock Unlock Unlock ");
+  EXPECT_FALSE(lock.IsLocked());
+}
+
+TEST(TTimedLock, NeverLockedIsNeverBusy) {
+  TCriticalSection section;
+  TTimedLock lock(section);
+  Sleep(20);
+  EXPECT_FALSE(lock.IsLocked());
+  EXPECT_EQ(lock.get_busy(), 0.0);
+  EXPECT_GE(lock.get_elapsed(), 0.015);
+}
+
+TEST(TTimedLock, HeldFromConstructionIsNearlyAlwaysBusy) {
+  TCriticalSection section;
+  TTimedLock lock(section);
+  lock.Lock();
+  Sleep(200);
+  EXPECT_TRUE(lock.IsLocked());
+  EXPECT_GT(lock.get_busy(), 0.5);
+  EXPECT_LE(lock.get_busy(), 1.0);
+  lock.Unlock();
+}
+
+TEST(TTimedLock, BusyShareFallsWhileTheLockIsFree) {
+  TCriticalSection section;
+  TTimedLock lock(section);
+  lock.Lock();
+  Sleep(50);
+  lock.Unlock();
+  const double right_after = lock.get_busy();
+  Sleep(50);
+  const double later = lock.get_busy();
+  EXPECT_GT(later, 0.0);
+  EXPECT_LT(later, right_after);
+}
+
+TEST(TTimedLock, NestedAndSharedHoldsKeepItBusyUntilTheLast) {
+  RecordingLock target;
+  TTimedLock lock(target);
+  lock.Lock();
+  lock.Lock();
+  lock.Unlock();
+  EXPECT_TRUE(lock.IsLocked());
+  lock.Unlock();
+  EXPECT_FALSE(lock.IsLocked());
+
+  lock.ReadLock();
+  lock.ReadLockThreadIndependent();
+  lock.UnlockThreadIndependent();
+  EXPECT_TRUE(lock.IsLocked());
+  lock.Unlock();
+  EXPECT_FALSE(lock.IsLocked());
+}
+
+TEST(TTimedLock, RefusedOrFailingLockCountsNothing) {
+  RecordingLock target;
+  TTimedLock lock(target);
+  target.grant = false;
+  EXPECT_FALSE(lock.WriteLock(0));
+  EXPECT_FALSE(lock.Lock(0));
+  EXPECT_FALSE(lock.WriteLockThreadIndependent(0));
+  EXPECT_FALSE(lock.IsLocked());
+  Sleep(10);
+  EXPECT_EQ(lock.get_busy(), 0.0);
+
+  target.fail = true;
+  EXPECT_THROW(lock.ReadLock(), std::runtime_error);
+  EXPECT_FALSE(lock.IsLocked());
+  target.fail = false;
+  target.grant = true;
+
+  // While held, a refused attempt does not add a hold that would outlive
+  // the real one.
+  lock.WriteLock();
+  target.grant = false;
+  EXPECT_FALSE(lock.WriteLock(0));
+  lock.Unlock();
+  EXPECT_FALSE(lock.IsLocked());
+}
+
+TEST(TTimedLock, ElapsedTimeCoversBothStates) {
+  TCriticalSection section;
+  TTimedLock lock(section);
+  lock.Lock();
+  Sleep(20);
+  lock.Unlock();
+  Sleep(20);
+  const __int64 ticks = lock.get_elapsed_ticks();
+  const double seconds = lock.get_elapsed();
+  EXPECT_GE(ticks / _pcounter_t::frequency, 0.035);
+  EXPECT_GE(seconds, ticks / _pcounter_t::frequency);
+  EXPECT_LT(seconds, 30.0);
+}
+
+TEST(TTimedLock, CopyKeepsTheMeasurements) {
+  TCriticalSection section;
+  TTimedLock lock(section);
+  lock.Lock();
+  TTimedLock copy(lock);
+  EXPECT_TRUE(copy.IsLocked());
+  copy.Unlock();  // releases the shared target; the original still counts
+  EXPECT_FALSE(copy.IsLocked());
+  EXPECT_TRUE(lock.IsLocked());
+  TTimedLock assigned(section);
+  assigned = copy;
+  EXPECT_FALSE(assigned.IsLocked());
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+#include <qz/sync/event.h>
+#include <qz/sync/waitable_timer.h>
+
+#include "sync/sync_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using sync_test::CodeOf;
+using sync_test::UniqueName;
+
+bool Fires(const TWaitableTimer& timer, DWORD ms = 10000) {
+  return timer.WaitForSingleObject(ms, FALSE) == WAIT_OBJECT_0;
+}
+
+// The time left until a timer is due, in 100 ns units, as the system's native
+// query reports it.
+__int64 RemainingTime(HANDLE timer) {
+  struct BasicInformation {
+    LARGE_INTEGER remaining;
+    BOOLEAN signalled;
+  } information{};
+  using Query = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
+  const auto query = reinterpret_cast<Query>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryTimer")));
+  EXPECT_NE(query, nullptr);
+  if (query == nullptr) return 0;
+  EXPECT_EQ(query(timer, 0, &information, sizeof information, nullptr), 0);
+  return information.remaining.QuadPart;
+}
+
+TEST(TWaitableTimer, RelativeDueTimeIsInMilliseconds) {
+  TWaitableTimer timer;
+  timer.SetTimer(1500, 0);
+  const __int64 remaining = RemainingTime(timer);
+  EXPECT_LE(remaining, 15000000);
+  EXPECT_GT(remaining, 15000000 - 5000000);
+  timer.Cancel();
+}
+
+TEST(TWaitableTimer, LongDueTimesDoNotOverflow) {
+  TWaitableTimer timer;
+  timer.Set(4000000000ul, 0);  // about 46 days
+  const __int64 expected = 4000000000ll * 10000;
+  const __int64 remaining = RemainingTime(timer);
+  EXPECT_LE(remaining, expected);
+  EXPECT_GT(remaining, expected - 50000000);
+  timer.CancelTimer();
+}
+
+TEST(TWaitableTimer, PeriodicTimerFiresAtOnceAndRepeats) {
+  TWaitableTimer timer(false);  // auto reset: one wait per period
+  timer.SetTimer(0, 100);
+  EXPECT_TRUE(Fires(timer));
+  EXPECT_TRUE(Fires(timer));
+  EXPECT_TRUE(Fires(timer));
+  timer.Cancel();
+}
+
+TEST(TWaitableTimer, AbsoluteDueTimeFires) {
+  TWaitableTimer timer;
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  ULARGE_INTEGER due;
+  due.LowPart = now.dwLowDateTime;
+  due.HighPart = now.dwHighDateTime;
+  due.QuadPart += 500000;  // 50 ms
+  FILETIME when;
+  when.dwLowDateTime = due.LowPart;
+  when.dwHighDateTime = due.HighPart;
+  timer.SetTimer(when);
+  EXPECT_TRUE(Fires(timer));
+  EXPECT_TRUE(Fires(timer, 0));  // manual reset: stays signalled
+}
+
+TEST(TWaitableTimer, CancelledTimerDoesNotFire) {
+  TWaitableTimer timer;
+  timer.SetTimer(1000, 0);
+  timer.CancelTimer();
+  EXPECT_FALSE(Fires(timer, 1500));
+}
+
+TEST(TWaitableTimer, NamedTimerIsOpenedByName) {
+  const std::wstring name = UniqueName(L"timer");
+  const std::string narrow(name.begin(), name.end());
+  TWaitableTimer named(narrow.c_str(), true);
+  TWaitableTimer opened(DoNotInitialize);
+  opened.OpenTimer(name.c_str(), TIMER_ALL_ACCESS);
+  opened.SetTimer(0, 0);
+  EXPECT_TRUE(Fires(named));
+
+  TWaitableTimer created(DoNotInitialize);
+  created.CreateTimer(UniqueName(L"created").c_str(), false);
+  created.Set(0, 0);
+  EXPECT_TRUE(Fires(created));
+  EXPECT_FALSE(Fires(created, 0));  // auto reset
+}
+
+// Create and open report nothing when the system answers with the null
+// handle; the first use does.
+TEST(TWaitableTimer, FailedCreateOrOpenShowsOnlyAtFirstUse) {
+  const std::wstring taken = UniqueName(L"taken");
+  TEvent event(taken.c_str(), true, false);
+  TWaitableTimer clash(taken.c_str(), true);
+  EXPECT_EQ(static_cast<void*>(clash), nullptr);
+  try {
+    clash.SetTimer(10, 0);
+    FAIL() << "set a timer that does not exist";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_INVALID_HANDLE);
+  }
+
+  TWaitableTimer missing(DoNotInitialize);
+  missing.OpenTimer(UniqueName(L"missing").c_str(), TIMER_ALL_ACCESS);
+  EXPECT_EQ(static_cast<void*>(missing), nullptr);
+  EXPECT_THROW(missing.Cancel(), ESystemException);
+}
+
+}  // namespace

@@ -1,0 +1,78 @@
+#include <qz/time/thread_times.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <thread>
+
+namespace {
+
+// Keeps the calling thread busy in user mode until `watch` has seen at least
+// `seconds` of CPU time, or 20 s of wall time have passed.
+template <class Watch>
+bool SpinUntil(const Watch& watch, double seconds) {
+  const DWORD start = GetTickCount();
+  volatile unsigned long sink = 0;
+  while (watch.get_elapsed() < seconds) {
+    for (int i = 0; i < 100000; ++i) sink = sink + i;
+    if (GetTickCount() - start > 20000) return false;
+  }
+  return true;
+}
+
+TEST(ThreadTimes, StaticsAreThePseudoHandleAndTheUnit) {
+  EXPECT_EQ(_thread_common_times_t::current_thread, GetCurrentThread());
+  EXPECT_EQ(_thread_common_times_t::frequency, 10000000.0);
+}
+
+// Run on a thread of its own: a reading of the thread that loaded the
+// library (idle in join meanwhile) would never grow.
+TEST(ThreadTimes, ReadingsAreOfTheCallingThread) {
+  bool user_grew = false, total_grew = false;
+  std::thread([&] {
+    _thread_user_times_t user;
+    user_grew = SpinUntil(user, 0.05);
+    _thread_times_t total;
+    total_grew = SpinUntil(total, 0.05);
+  }).join();
+  EXPECT_TRUE(user_grew);
+  EXPECT_TRUE(total_grew);
+}
+
+TEST(ThreadTimes, ElapsedTicksAreHundredNanosecondUnits) {
+  _thread_times_t total;
+  ASSERT_TRUE(SpinUntil(total, 0.02));
+  const __int64 ticks = total.get_elapsed_ticks();
+  EXPECT_GE(ticks, 200000);
+  EXPECT_LE(total.get_elapsed(), ticks / 10000000.0 + 1.0);
+
+  _thread_kernel_times_t kernel;
+  EXPECT_GE(kernel.get_elapsed_ticks(), 0);
+  EXPECT_GE(kernel.get_elapsed(), 0.0);
+  EXPECT_GT(static_cast<__int64>(kernel), -1);
+}
+
+TEST(ThreadTimes, TotalIsKernelPlusUser) {
+  _thread_user_times_t user;
+  SpinUntil(user, 0.02);  // make both readings non-trivial
+  _thread_times_t total;
+  __int64 parts[2];
+  static_assert(sizeof total == sizeof parts, "kernel, then user");
+  std::memcpy(parts, static_cast<const void*>(&total), sizeof parts);
+  EXPECT_EQ(static_cast<__int64>(total), parts[0] + parts[1]);
+  EXPECT_GT(parts[1], 0);
+}
+
+TEST(ThreadTimes, RestartTakesANewReading) {
+  _thread_user_times_t user(DoNotInitialize);
+  user.restart();
+  const _thread_user_times_t before = user;
+  ASSERT_TRUE(SpinUntil(user, 0.02));
+  user.restart();
+  EXPECT_GT(static_cast<__int64>(user), static_cast<__int64>(before));
+  _thread_times_t total(DoNotInitialize);
+  total.restart();
+  EXPECT_LT(total.get_elapsed(), 0.02 + 1.0);
+}
+
+}  // namespace
