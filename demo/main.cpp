@@ -12,6 +12,7 @@ int main() {
     tour_time();
     tour_conversions();
     tour_os();
+    tour_logging();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

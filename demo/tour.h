@@ -13,3 +13,4 @@ void tour_errors();
 void tour_time();
 void tour_conversions();
 void tour_os();
+void tour_logging();

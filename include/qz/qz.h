@@ -46,6 +46,16 @@
 #include <qz/time/ticks.h>
 #include <qz/time/time.h>
 
+// logging: debug streams, sessions and writers
+#include <qz/logging/console_writer.h>
+#include <qz/logging/debug_stream.h>
+#include <qz/logging/debug_stream_session.h>
+#include <qz/logging/debug_writer.h>
+#include <qz/logging/file_writer.h>
+#include <qz/logging/global_streams.h>
+#include <qz/logging/permanent_file_writer.h>
+#include <qz/logging/stream_writer.h>
+
 // os: handles, files and processes
 #include <qz/os/do_not_initialize.h>
 #include <qz/os/file.h>

@@ -1,0 +1,3 @@
+#include <qz/logging/stream_writer.h>
+
+TStreamWriter::~TStreamWriter() = default;

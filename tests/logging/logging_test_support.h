@@ -1,0 +1,182 @@
+// Helpers shared by the logging tests: writers that record what they get,
+// access to a stream's protected parts, temporary files and other threads.
+#pragma once
+
+#include <qz/logging/debug_stream.h>
+#include <qz/logging/file_writer.h>
+
+#include <windows.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace logging_test {
+
+// Keeps every text it receives, one entry per call. Streams call it under
+// their lock, so it needs none of its own.
+class MemoryWriter : public TStreamWriter {
+ public:
+  void StreamWriteString(const char* text, size_t length) override { calls.emplace_back(text, length); }
+
+  std::string text() const {
+    std::string all;
+    for (const auto& call : calls) all += call;
+    return all;
+  }
+
+  std::vector<std::string> calls;
+};
+
+// Appends "<tag>[text]" to a journal shared by several writers, showing the
+// order in which a stream calls them.
+class TaggingWriter : public TStreamWriter {
+ public:
+  TaggingWriter(std::string& journal, char tag) : journal_(journal), tag_(tag) {}
+  void StreamWriteString(const char* text, size_t length) override {
+    journal_ += tag_;
+    journal_ += '[' + std::string(text, length) + ']';
+  }
+
+ private:
+  std::string& journal_;
+  char tag_;
+};
+
+class ThrowingWriter : public TStreamWriter {
+ public:
+  void StreamWriteString(const char*, size_t) override { throw std::runtime_error("writer failed"); }
+};
+
+// A stream that stamps its lines, as code deriving from TDebugStream may.
+class StampedStream : public TDebugStream {
+ public:
+  explicit StampedStream(SmartPtr<TStreamWriter> w) : TDebugStream(w) { stamp_lines = true; }
+};
+
+// The protected parts of streams and writers, read through a derived class.
+struct Peek : TDebugStream {
+  static const std::vector<SmartPtr<TStreamWriter>>& WritersOf(const TDebugStream& s) {
+    return s.*(&Peek::writers);
+  }
+  static HANDLE MutexOf(const TDebugStream& s) { return static_cast<HANDLE>(s.*(&Peek::lock)); }
+};
+
+struct PeekFile : TFileWriter {
+  static const std::string& NameOf(const TFileWriter& w) { return w.*(&PeekFile::name); }
+};
+
+// Runs `body` on a thread of its own and waits for it, at most `bound` ms.
+// Returns false when the thread did not end in time.
+inline bool RunOnOtherThread(const std::function<void()>& body, DWORD bound = 10000) {
+  struct Call {
+    static DWORD WINAPI Run(void* f) {
+      (*static_cast<std::function<void()>*>(f))();
+      return 0;
+    }
+  };
+  auto* copy = new std::function<void()>(body);
+  HANDLE thread = CreateThread(nullptr, 0, &Call::Run, copy, 0, nullptr);
+  if (!thread) {
+    delete copy;
+    return false;
+  }
+  const bool ended = WaitForSingleObject(thread, bound) == WAIT_OBJECT_0;
+  CloseHandle(thread);
+  if (ended) delete copy;  // a thread still running keeps its copy
+  return ended;
+}
+
+// Whether another thread could take the kernel mutex right now (it gives the
+// mutex straight back).
+inline bool FreeForOtherThreads(HANDLE mutex) {
+  bool taken = false;
+  const bool ended = RunOnOtherThread([mutex, &taken] {
+    const DWORD result = WaitForSingleObject(mutex, 0);
+    taken = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+    if (taken) ReleaseMutex(mutex);
+  });
+  return ended && taken;
+}
+
+inline bool FreeForOtherThreads(const TDebugStream& s) { return FreeForOtherThreads(Peek::MutexOf(s)); }
+
+// A file name in the temporary folder, unique to this process and object;
+// the file is deleted when the object ends.
+class TempPath {
+ public:
+  explicit TempPath(const char* folder_part = "") {
+    static int serial = 0;
+    char folder[MAX_PATH];
+    GetTempPathA(MAX_PATH, folder);
+    path_ = std::string(folder) + folder_part + "qz-logging-test-" + std::to_string(GetCurrentProcessId()) + "-" +
+            std::to_string(++serial) + ".log";
+    wide_.assign(path_.begin(), path_.end());  // the temporary folder is ASCII
+  }
+  ~TempPath() { DeleteFileA(path_.c_str()); }
+  TempPath(const TempPath&) = delete;
+  TempPath& operator=(const TempPath&) = delete;
+
+  const std::string& narrow() const { return path_; }
+  const wchar_t* wide() const { return wide_.c_str(); }
+  bool Exists() const { return GetFileAttributesA(path_.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+  // The whole file, byte for byte; readable while a writer holds it open.
+  std::string Contents() const {
+    HANDLE file = CreateFileA(path_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                              nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return "<cannot open>";
+    std::string bytes;
+    char buffer[4096];
+    DWORD got = 0;
+    while (ReadFile(file, buffer, sizeof buffer, &got, nullptr) && got > 0) bytes.append(buffer, got);
+    CloseHandle(file);
+    return bytes;
+  }
+
+  void Put(const std::string& bytes) const {
+    HANDLE file = CreateFileA(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD done = 0;
+    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr);
+    CloseHandle(file);
+  }
+
+ private:
+  std::string path_;
+  std::wstring wide_;
+};
+
+// Catches what OutputDebugStringA hands the debugger while it lives: the
+// system raises a first-chance exception carrying the text, which a vectored
+// handler sees before anybody else.
+class DebuggerOutput {
+ public:
+  DebuggerOutput() {
+    current_ = this;
+    handler_ = AddVectoredExceptionHandler(1, &DebuggerOutput::Catch);
+  }
+  ~DebuggerOutput() {
+    RemoveVectoredExceptionHandler(handler_);
+    current_ = nullptr;
+  }
+  DebuggerOutput(const DebuggerOutput&) = delete;
+  DebuggerOutput& operator=(const DebuggerOutput&) = delete;
+
+  std::vector<std::string> texts;
+
+ private:
+  static LONG CALLBACK Catch(EXCEPTION_POINTERS* info) {
+    const EXCEPTION_RECORD* record = info->ExceptionRecord;
+    if (record->ExceptionCode == DBG_PRINTEXCEPTION_C && current_ && record->NumberParameters >= 2 &&
+        GetCurrentThreadId() == current_->thread_)
+      current_->texts.emplace_back(reinterpret_cast<const char*>(record->ExceptionInformation[1]));
+    return EXCEPTION_CONTINUE_SEARCH;
+  }
+
+  static inline DebuggerOutput* current_ = nullptr;
+  void* handler_;
+  DWORD thread_ = GetCurrentThreadId();
+};
+
+}  // namespace logging_test
