@@ -13,6 +13,7 @@ int main() {
     tour_conversions();
     tour_os();
     tour_logging();
+    tour_multi_lock();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

@@ -14,3 +14,4 @@ void tour_time();
 void tour_conversions();
 void tour_os();
 void tour_logging();
+void tour_multi_lock();

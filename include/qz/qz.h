@@ -18,6 +18,7 @@
 #include <qz/core/user_locale.h>
 
 // value: the variant value
+#include <qz/value/property_list.h>
 #include <qz/value/value.h>
 #include <qz/value/value_data.h>
 #include <qz/value/value_kinds.h>
@@ -33,6 +34,12 @@
 #include <qz/sync/critical_section.h>
 #include <qz/sync/event.h>
 #include <qz/sync/lock.h>
+#include <qz/sync/multi_lock.h>
+#include <qz/sync/multi_lock_common.h>
+#include <qz/sync/multi_lock_inner_lock.h>
+#include <qz/sync/multi_lock_owners_list.h>
+#include <qz/sync/multi_lock_signal_event.h>
+#include <qz/sync/multi_lock_with_notify.h>
 #include <qz/sync/mutex.h>
 #include <qz/sync/semaphore.h>
 #include <qz/sync/timed_lock.h>

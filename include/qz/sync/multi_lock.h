@@ -1,0 +1,145 @@
+// TMultiLock: the library's reader/writer lock (IMultiLockEx).
+//
+// Many readers or one writer. A thread may take the lock again while it
+// holds it: reads inside reads, reads and writes inside its own write, and a
+// write over reads when every read is its own (an upgrade). Every hold needs
+// its own Unlock(), which releases the calling thread's most recent hold.
+//
+//   TMultiLock lock;
+//   lock.ReadLock();             // shared
+//   lock.WriteLock();            // the only reader: upgrades at once
+//   lock.Unlock();               // the write
+//   lock.Unlock();               // the read
+//   lock.GetStatusString();      // "not_locked"
+//
+// Holds taken through the ...ThreadIndependent operations belong to no
+// thread (owner 0): any thread may release them with UnlockThreadIndependent,
+// and they know no recursion or upgrade. Unlock without a matching hold is
+// ignored.
+//
+// Two readers that both want to upgrade would wait for each other for ever:
+// the second one gets EGeneric with "Status" (GetStatusString) and "Text"
+// "Dead-lock in multilock" and keeps its read hold. Writers get no priority:
+// readers arriving while the lock is read keep entering. A release that
+// frees the lock wakes one waiting thread; a writer that leaves its own
+// reads behind lets all waiting readers in at once.
+//
+// Waits happen on kernel events made the first time somebody has to wait:
+// a lock nobody ever waited for never calls the kernel. Once they exist, an
+// event is only touched when its bit changes (taking the lock from free and
+// freeing it again costs one reset and one set). Every wait is alertable: a
+// queued user procedure call runs and the wait goes on, so an interruption
+// that throws from the call (EThreadInterrupt) leaves the lock operation
+// with nothing taken. A time-out bounds each single wait: a thread woken
+// that then loses the race to another waits up to the full time-out again.
+//
+// GetStatusString: the state ("not_locked", "locked_read", "locked_write"),
+// then ", " and the holds as owner:R or owner:W in the order taken, then
+// ", <n> r->w waiters" while upgrades are pending, e.g.
+// "locked_write, 4711:W,4711:R, 1 r->w waiters".
+//
+// Thread safety: every operation may be called from any thread at any time.
+// The lock must outlive every thread that uses it; it is not copied.
+#pragma once
+
+#include <qz/export.h>
+#include <qz/sync/lock.h>
+#include <qz/sync/multi_lock_common.h>
+#include <qz/sync/multi_lock_inner_lock.h>
+#include <qz/sync/multi_lock_owners_list.h>
+#include <qz/sync/multi_lock_signal_event.h>
+
+#include <atomic>
+#include <string>
+
+// What a notifying lock is told on the way in; TMultiLockWithNotify passes
+// one to the shared lock workers, TMultiLock passes none.
+class _ml_lock_hooks {
+ public:
+  virtual void first_read() = 0;
+  virtual void first_write() = 0;
+  virtual void write_after_read() = 0;
+
+ protected:
+  _ml_lock_hooks() = default;
+  _ml_lock_hooks(const _ml_lock_hooks&) = default;
+  _ml_lock_hooks& operator=(const _ml_lock_hooks&) = default;
+  ~_ml_lock_hooks() = default;
+};
+
+class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
+                          protected _ml_full_owners_list,
+                          protected _ml_free_signal_event,
+                          public virtual IMultiLockEx {
+ public:
+  TMultiLock() noexcept;
+  // For callers that pass a construction argument (they pass 1): the value
+  // selects nothing, every lock starts free with no events.
+  explicit TMultiLock(int unused) noexcept;
+  ~TMultiLock();
+
+  // Lock is WriteLock.
+  bool Lock(unsigned int timeout) override;
+  void Lock() override;
+  // Releases the calling thread's most recent hold, read or write.
+  void Unlock() override;
+  bool ReadLock(unsigned int timeout) override;
+  void ReadLock() override;
+  bool WriteLock(unsigned int timeout) override;
+  void WriteLock() override;
+  bool ReadLockThreadIndependent(unsigned int timeout) override;
+  void ReadLockThreadIndependent() override;
+  bool WriteLockThreadIndependent(unsigned int timeout) override;
+  void WriteLockThreadIndependent() override;
+  // Releases the most recent thread-independent hold.
+  void UnlockThreadIndependent() override;
+
+  std::string GetStatusString() const;
+
+ protected:
+  typedef _ml_common::_owner_id _owner_id;
+
+  bool _read_lock(unsigned int timeout, _owner_id owner);
+  bool _read_lock_independent(unsigned int timeout, _owner_id owner);
+  bool _write_lock(unsigned int timeout, _owner_id owner);
+  bool _write_lock_independent(unsigned int timeout, _owner_id owner);
+  void _unlock(_owner_id owner);
+
+  // The workers above, telling `hooks` (when given) of the holds that begin
+  // a locked period, while the caller holds the lock alone.
+  bool read_lock_as(unsigned int timeout, _owner_id owner, bool independent, _ml_lock_hooks* hooks);
+  bool write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
+  bool write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
+
+  // Change the signal bits, then leave the inner lock.
+  void signal(unsigned int mask) noexcept {
+    raise_bits(mask);
+    inner_unlock();
+  }
+  void unsignal(unsigned int mask) noexcept {
+    lower_bits(mask);
+    inner_unlock();
+  }
+
+  std::atomic<unsigned int> state;
+  std::atomic<int> upgrade_waiters;
+
+ private:
+  TMultiLock(const TMultiLock&);
+  TMultiLock& operator=(const TMultiLock&);
+
+  // Appends under the inner lock, leaving it if the list cannot grow.
+  void append(_owner_id entry);
+  // The first reader of a notifying lock: its hook runs with the lock
+  // shown as written, so that nobody joins before it is done.
+  void first_read_notified(_ml_lock_hooks& hooks, _owner_id owner);
+  // A reader waiting for the other readers to leave so that it can write;
+  // entered with the inner lock held, which it leaves. The second reader
+  // to try this while the first still waits gets the dead-lock error.
+  bool wait_to_upgrade(_owner_id owner, unsigned int timeout);
+  // Entered with the inner lock held, which it leaves: waits until an
+  // event of `mask` fires (true) or the time-out passes (false).
+  bool wait_for(unsigned int mask, _owner_id owner, unsigned int timeout);
+  // Whether a wake-up by the sole-owner event is meant for `owner`.
+  bool holds_all(_owner_id owner) const;
+};

@@ -1,0 +1,37 @@
+// _ml_interlocked_inner_lock: the short spin lock that guards TMultiLock's
+// bookkeeping (owners list, signal mask, event creation).
+//
+// The word holds the owner inside, or all bits set when free. A thread that
+// finds it taken sleeps alertably before each retry, 0 ms before the first
+// and one millisecond longer after each failed one, so a thread waiting here
+// can still be interrupted by a queued user procedure call. The lock is not
+// recursive, and nobody waits on a kernel object while holding it.
+//
+// Thread safety: any thread; inner_unlock only by the thread inside.
+#pragma once
+
+#include <qz/export.h>
+#include <qz/sync/multi_lock_common.h>
+
+#include <atomic>
+
+class QZ_API _ml_interlocked_inner_lock {
+ public:
+  _ml_interlocked_inner_lock() noexcept : inner(_ml_common::no_owner) {}
+  _ml_interlocked_inner_lock(const _ml_interlocked_inner_lock&) = delete;
+  _ml_interlocked_inner_lock& operator=(const _ml_interlocked_inner_lock&) = delete;
+
+  void inner_lock(_ml_common::_owner_id owner) const {
+    _ml_common::_owner_id expected = _ml_common::no_owner;
+    if (!inner.compare_exchange_strong(expected, owner, std::memory_order_acquire))
+      inner_lock_contended(owner);
+  }
+  void inner_unlock() const noexcept { inner.store(_ml_common::no_owner, std::memory_order_release); }
+  // The owner inside, or no_owner; for diagnosis only.
+  _ml_common::_owner_id inner_owner() const noexcept { return inner.load(); }
+
+ private:
+  void inner_lock_contended(_ml_common::_owner_id owner) const;
+
+  mutable std::atomic<_ml_common::_owner_id> inner;
+};

@@ -1,0 +1,60 @@
+#include <qz/sync/multi_lock_signal_event.h>
+
+namespace {
+
+// The order in which raised bits set their events.
+constexpr unsigned int kBitsInOrder[] = {_ml_common::signal_sole_owner, _ml_common::signal_read_open,
+                                         _ml_common::signal_free};
+
+}  // namespace
+
+_ml_free_signal_event::~_ml_free_signal_event() {
+  for (unsigned int bit : kBitsInOrder) {
+    const HANDLE event = slot(bit).load();
+    if (event != nullptr) CloseHandle(event);
+  }
+}
+
+std::atomic<HANDLE>& _ml_free_signal_event::slot(unsigned int bit) noexcept {
+  if (bit == _ml_common::signal_free) return free_event;
+  return bit == _ml_common::signal_sole_owner ? sole_owner_event : read_open_event;
+}
+
+const std::atomic<HANDLE>& _ml_free_signal_event::slot(unsigned int bit) const noexcept {
+  if (bit == _ml_common::signal_free) return free_event;
+  return bit == _ml_common::signal_sole_owner ? sole_owner_event : read_open_event;
+}
+
+void _ml_free_signal_event::raise_changed(unsigned int bits) noexcept {
+  signal_mask |= bits;
+  for (unsigned int bit : kBitsInOrder) {
+    if ((bits & bit) == 0) continue;
+    const HANDLE event = slot(bit).load();
+    if (event != nullptr) SetEvent(event);
+  }
+}
+
+void _ml_free_signal_event::lower_changed(unsigned int bits) noexcept {
+  signal_mask &= ~bits;
+  for (unsigned int bit : kBitsInOrder) {
+    if ((bits & bit) == 0) continue;
+    const HANDLE event = slot(bit).load();
+    if (event != nullptr) ResetEvent(event);
+  }
+}
+
+// Called under the inner lock, so the new event starts in the state its bit
+// has. The exchange guards against a second maker all the same: the loser
+// closes its own event. A failed creation is left for the wait to report.
+HANDLE _ml_free_signal_event::event_for(unsigned int bit) noexcept {
+  std::atomic<HANDLE>& event = slot(bit);
+  HANDLE existing = event.load();
+  if (existing != nullptr) return existing;
+  const BOOL manual_reset = bit != _ml_common::signal_free;
+  const BOOL signalled = (signal_mask & bit) != 0;
+  const HANDLE made = CreateEventW(nullptr, manual_reset, signalled, nullptr);
+  if (made == nullptr) return nullptr;
+  if (event.compare_exchange_strong(existing, made)) return made;
+  CloseHandle(made);
+  return existing;
+}

@@ -1,0 +1,220 @@
+// The lock and release workers of TMultiLock. Each attempt starts by taking
+// the inner lock; every path below says where it is left again (signal and
+// unsignal leave it, and so does a wait before it sleeps).
+#include <qz/errors/generic.h>
+#include <qz/sync/multi_lock.h>
+
+namespace {
+
+constexpr unsigned int kFree = _ml_common::signal_free;
+constexpr unsigned int kSoleOwner = _ml_common::signal_sole_owner;
+constexpr unsigned int kReadOpen = _ml_common::signal_read_open;
+
+constexpr unsigned int kNotLocked = _ml_common::not_locked;
+constexpr unsigned int kLockedRead = _ml_common::locked_read;
+constexpr unsigned int kLockedWrite = _ml_common::locked_write;
+
+}  // namespace
+
+bool TMultiLock::_read_lock(unsigned int timeout, _owner_id owner) {
+  return read_lock_as(timeout, owner, false, nullptr);
+}
+
+bool TMultiLock::_read_lock_independent(unsigned int timeout, _owner_id owner) {
+  return read_lock_as(timeout, owner, true, nullptr);
+}
+
+bool TMultiLock::_write_lock(unsigned int timeout, _owner_id owner) {
+  return write_lock_as(timeout, owner, nullptr);
+}
+
+bool TMultiLock::_write_lock_independent(unsigned int timeout, _owner_id owner) {
+  return write_lock_independent_as(timeout, owner, nullptr);
+}
+
+void TMultiLock::append(_owner_id entry) {
+  try {
+    insert_me(entry);
+  } catch (...) {
+    inner_unlock();
+    throw;
+  }
+}
+
+// An unlocked lock has an empty list, so the first entry never needs room
+// and the state found by the exchange can be kept without a way back.
+bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, bool independent,
+                              _ml_lock_hooks* hooks) {
+  for (;;) {
+    inner_lock(owner);
+    unsigned int found = kNotLocked;
+    state.compare_exchange_strong(found, kLockedRead);
+    unsigned int mask;
+    if (found == kNotLocked) {
+      insert_me_read(owner);
+      if (hooks != nullptr)
+        first_read_notified(*hooks, owner);
+      else
+        unsignal(kFree);
+      return true;
+    }
+    if (found == kLockedRead) {
+      append(owner & ~_ml_common::write_bit);
+      unsignal(kSoleOwner);
+      return true;
+    }
+    if (found != kLockedWrite) {
+      inner_unlock();
+      return false;
+    }
+    // Written: only the writer itself reads on at once. A thread-independent
+    // reader is nobody's writer and always waits.
+    const _ml_common::_shares_t shares = independent ? _ml_common::shares_none : count_my_shares(owner);
+    switch (shares) {
+      case _ml_common::shares_all:
+        append(owner & ~_ml_common::write_bit);
+        inner_unlock();
+        return true;
+      case _ml_common::shares_none:
+        mask = kReadOpen | kFree;
+        break;
+      case _ml_common::shares_some:
+        mask = kReadOpen | kSoleOwner | kFree;
+        break;
+      default:
+        inner_unlock();
+        return false;
+    }
+    // A writer is inside, so the lock is not open to readers, yet the bit
+    // may still be up from the last time a writer left readers behind (only
+    // an upgrade lowers it otherwise). Left up, it would end this wait at
+    // once, every time, and the reader would spin past its time-out.
+    lower_bits(kReadOpen);
+    if (!wait_for(mask, owner, timeout)) return false;
+  }
+}
+
+// The hook runs with the state showing a writer, so every thread that comes
+// meanwhile waits; the readers among them are let in together afterwards.
+void TMultiLock::first_read_notified(_ml_lock_hooks& hooks, _owner_id owner) {
+  state.store(kLockedWrite);
+  unsignal(kReadOpen | kFree);
+  hooks.first_read();
+  inner_lock(owner);
+  state.store(kLockedRead);
+  signal(kReadOpen);
+}
+
+bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
+  for (;;) {
+    inner_lock(owner);
+    unsigned int found = kNotLocked;
+    state.compare_exchange_strong(found, kLockedWrite);
+    unsigned int mask;
+    if (found == kNotLocked) {
+      insert_me_write(owner);
+      unsignal(kFree);
+      if (hooks != nullptr) hooks->first_write();
+      return true;
+    }
+    if (found == kLockedRead) {
+      switch (count_my_shares(owner)) {
+        case _ml_common::shares_none:
+          mask = kFree;
+          break;
+        case _ml_common::shares_all:
+          // Upgrade: every reader is the caller. The entry goes in first so
+          // that a list that cannot grow leaves the state as it was.
+          append(owner | _ml_common::write_bit);
+          state.store(kLockedWrite);
+          unsignal(kReadOpen);
+          if (hooks != nullptr) hooks->write_after_read();
+          return true;
+        case _ml_common::shares_some:
+          if (!wait_to_upgrade(owner, timeout)) return false;
+          continue;
+        default:
+          inner_unlock();
+          return false;
+      }
+    } else if (found == kLockedWrite) {
+      switch (count_my_shares(owner)) {
+        case _ml_common::shares_all:
+          append(owner | _ml_common::write_bit);
+          inner_unlock();
+          return true;
+        case _ml_common::shares_none:
+          mask = kFree;
+          break;
+        case _ml_common::shares_some:
+          mask = kSoleOwner | kFree;
+          break;
+        default:
+          inner_unlock();
+          return false;
+      }
+    } else {
+      inner_unlock();
+      return false;
+    }
+    if (!wait_for(mask, owner, timeout)) return false;
+  }
+}
+
+// Two readers waiting to upgrade would each wait for the other to leave:
+// only one may wait, the second is told at once.
+bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout) {
+  if (upgrade_waiters.fetch_add(1) + 1 > 1) {
+    upgrade_waiters.fetch_sub(1);
+    inner_unlock();
+    const std::string status = GetStatusString();
+    throw EGeneric({"Status", status}, {"Text", "Dead-lock in multilock"});
+  }
+  struct waiter_leaves {
+    std::atomic<int>& waiters;
+    ~waiter_leaves() { waiters.fetch_sub(1); }
+  } leaves{upgrade_waiters};
+  return wait_for(kSoleOwner | kFree, owner, timeout);
+}
+
+bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
+  for (;;) {
+    inner_lock(owner);
+    unsigned int found = kNotLocked;
+    state.compare_exchange_strong(found, kLockedWrite);
+    if (found == kNotLocked) {
+      insert_me_write(owner);
+      unsignal(kFree);
+      if (hooks != nullptr) hooks->first_write();
+      return true;
+    }
+    if (found != kLockedRead && found != kLockedWrite) {
+      inner_unlock();
+      return false;
+    }
+    if (!wait_for(kFree, owner, timeout)) return false;
+  }
+}
+
+// Releases the owner's most recent hold. The sole-owner bit goes up whenever
+// the holders left are one owner, which is what a waiting upgrader (or a
+// reader waiting beside its own holds) has to look at again.
+void TMultiLock::_unlock(_owner_id owner) {
+  inner_lock(owner);
+  const _owner_id removed = remove_me(owner);
+  if (removed == _ml_common::no_owner) {
+    inner_unlock();
+    return;
+  }
+  if (!is_empty()) {
+    unsigned int bits = is_all_same() ? kSoleOwner : 0;
+    if (_ml_common::is_write(removed) && state.load() == kLockedWrite && is_all_read()) {
+      state.store(kLockedRead);
+      bits |= kReadOpen;
+    }
+    signal(bits);
+    return;
+  }
+  const unsigned int was = state.exchange(kNotLocked);
+  signal(was == kLockedRead || was == kLockedWrite ? kFree : 0);
+}

@@ -1,0 +1,96 @@
+#include <qz/value/property_list.h>
+
+#include <cwchar>
+#include <utility>
+
+namespace {
+
+// Holds a reader/writer lock through its IMultiLock face for one block,
+// releasing it on every way out.
+class read_hold {
+ public:
+  explicit read_hold(IMultiLock& lock) : lock_(lock) { lock_.ReadLock(); }
+  ~read_hold() { lock_.Unlock(); }
+  read_hold(const read_hold&) = delete;
+  read_hold& operator=(const read_hold&) = delete;
+
+ private:
+  IMultiLock& lock_;
+};
+
+class write_hold {
+ public:
+  explicit write_hold(IMultiLock& lock) : lock_(lock) { lock_.WriteLock(); }
+  ~write_hold() { lock_.Unlock(); }
+  write_hold(const write_hold&) = delete;
+  write_hold& operator=(const write_hold&) = delete;
+
+ private:
+  IMultiLock& lock_;
+};
+
+// The runtime's compare has no answer for a null text; a null name is the
+// empty one.
+const wchar_t* text_of(const _bstr_t& name) noexcept {
+  const wchar_t* text = name;
+  return text != nullptr ? text : L"";
+}
+
+}  // namespace
+
+bool _pl_name_less::operator()(const _bstr_t& a, const _bstr_t& b) const noexcept {
+  return _wcsicmp(text_of(a), text_of(b)) < 0;
+}
+
+// The lock's construction argument is the one every property list passes.
+TPropertyList::TPropertyList() : lock(1) {}
+
+TPropertyList::~TPropertyList() = default;
+
+// The source is copied under its read lock and installed under ours, one
+// lock at a time, so two lists assigned to each other at once cannot
+// dead-lock.
+TPropertyList& TPropertyList::operator=(const TPropertyList& other) {
+  if (&other == this) return *this;
+  property_map copy;
+  {
+    read_hold hold(other.lock);
+    copy = other.properties;
+  }
+  write_hold hold(lock);
+  properties.swap(copy);
+  return *this;
+}
+
+_value_t TPropertyList::GetProperty(const _bstr_t& name) {
+  read_hold hold(lock);
+  const auto found = properties.find(name);
+  return found != properties.end() ? found->second : _value_t();
+}
+
+void TPropertyList::PutProperty(const _bstr_t& name, const _value_t& value) {
+  write_hold hold(lock);
+  properties[name] = value;
+}
+
+void TPropertyList::GetProperties(std::vector<_bstr_t>& out) const {
+  read_hold hold(lock);
+  out.clear();
+  out.reserve(properties.size());
+  for (const auto& entry : properties) out.push_back(static_cast<_bstr_t>(entry.second));
+}
+
+int TPropertyList::GetCount() const {
+  read_hold hold(lock);
+  return static_cast<int>(properties.size());
+}
+
+void TPropertyList::Delete(const _bstr_t& name) {
+  write_hold hold(lock);
+  properties.erase(name);
+}
+
+bool TPropertyList::Have(const _bstr_t& name) const {
+  read_hold hold(lock);
+  return properties.find(name) != properties.end();
+}

@@ -1,0 +1,85 @@
+// Two readers that both want to write would wait for each other for ever;
+// the second one is told instead.
+#include <qz/errors/generic.h>
+#include <qz/sync/multi_lock.h>
+
+#include "sync/multi_lock_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace multi_lock_test;
+
+TEST(TMultiLockDeadLock, SecondUpgraderGetsTheErrorWithBothReadsAndTheWaiter) {
+  ProbedLock lock;
+  Actor first;
+  ReleaseOnExit cleanup(lock);
+  ASSERT_TRUE(first.Run([&] { lock.ReadLock(); }));
+  lock.ReadLock();
+  first.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.waiting_upgraders() == 1 && lock.has_event(4); }));
+
+  try {
+    lock.WriteLock();
+    FAIL() << "the second upgrade was let wait";
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(std::string(e.get_value("Text")), "Dead-lock in multilock");
+    EXPECT_EQ(std::string(e.get_value("Status")),
+              "locked_read, " + Read(first.id()) + "," + Read(Me()) + ", 1 r->w waiters");
+    EXPECT_EQ(e.values().front().first, "Status");
+  }
+  // The loser keeps its read; giving it up lets the first upgrader in.
+  EXPECT_FALSE(first.Finished(50));
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(first.id()) + "," + Read(Me()) + ", 1 r->w waiters");
+  lock.Unlock();
+  ASSERT_TRUE(first.Finished());
+  first.Rethrow();
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(first.id()) + "," + Write(first.id()));
+  EXPECT_EQ(lock.waiting_upgraders(), 0);
+  ASSERT_TRUE(first.Run([&] {
+    lock.Unlock();
+    lock.Unlock();
+  }));
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+TEST(TMultiLockDeadLock, TimedUpgradeThatGivesUpNoLongerCountsAsWaiting) {
+  ProbedLock lock;
+  Actor first;
+  ReleaseOnExit cleanup(lock);
+  ASSERT_TRUE(first.Run([&] { lock.ReadLock(); }));
+  lock.ReadLock();
+  bool upgraded = true;
+  ASSERT_TRUE(first.Run([&] { upgraded = lock.WriteLock(30); }));
+  EXPECT_FALSE(upgraded);
+  EXPECT_EQ(lock.waiting_upgraders(), 0);
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(first.id()) + "," + Read(Me()));
+
+  // So the other reader may now wait to upgrade instead of being told off.
+  first.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.waiting_upgraders() == 1; }));
+  lock.Unlock();
+  ASSERT_TRUE(first.Finished());
+  first.Rethrow();
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(first.id()) + "," + Write(first.id()));
+  ASSERT_TRUE(first.Run([&] {
+    lock.Unlock();
+    lock.Unlock();
+  }));
+}
+
+TEST(TMultiLockDeadLock, UpgradeAttemptWithoutWaitingCountsNoWaiter) {
+  ProbedLock lock;
+  Actor other;
+  ASSERT_TRUE(other.Run([&] { lock.ReadLock(); }));
+  lock.ReadLock();
+  EXPECT_FALSE(lock.WriteLock(0));
+  EXPECT_FALSE(lock.WriteLock(0));  // not mistaken for a second upgrader
+  EXPECT_EQ(lock.waiting_upgraders(), 0);
+  lock.Unlock();
+  ASSERT_TRUE(other.Run([&] { lock.Unlock(); }));
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+// Holds that belong to no thread: taken on one thread, released on another.
+#include <qz/sync/multi_lock.h>
+
+#include "sync/multi_lock_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace multi_lock_test;
+
+TEST(TMultiLockIndependent, ReadTakenOnOneThreadIsReleasedByAnother) {
+  TMultiLock lock;
+  Actor taker;
+  ASSERT_TRUE(taker.Run([&] { lock.ReadLockThreadIndependent(); }));
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, 0:R");
+  lock.UnlockThreadIndependent();
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+TEST(TMultiLockIndependent, WriteKeepsEveryThreadOutUntilAnyThreadReleasesIt) {
+  TMultiLock lock;
+  lock.WriteLockThreadIndependent();
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, 0:W");
+  EXPECT_FALSE(lock.ReadLock(0));  // the taker is not its owner either
+  EXPECT_FALSE(lock.WriteLock(0));
+  EXPECT_FALSE(lock.WriteLockThreadIndependent(0));  // no recursion
+  EXPECT_FALSE(lock.ReadLockThreadIndependent(0));
+  Actor releaser;
+  ASSERT_TRUE(releaser.Run([&] {
+    lock.Unlock();  // holds nothing of its own
+    EXPECT_EQ(lock.GetStatusString(), "locked_write, 0:W");
+    lock.UnlockThreadIndependent();
+  }));
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+TEST(TMultiLockIndependent, ReadJoinsThreadReadersButNotAWriter) {
+  TMultiLock lock;
+  Actor reader;
+  ASSERT_TRUE(reader.Run([&] { lock.ReadLock(); }));
+  EXPECT_TRUE(lock.ReadLockThreadIndependent(0));
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(reader.id()) + ",0:R");
+  lock.UnlockThreadIndependent();
+  ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
+
+  lock.WriteLock();
+  EXPECT_FALSE(lock.ReadLockThreadIndependent(0));  // the writer's recursion is not shared
+  lock.Unlock();
+}
+
+TEST(TMultiLockIndependent, WaitingIndependentWriterEntersWhenReadersLeave) {
+  ProbedLock lock;
+  Actor reader, writer;
+  ASSERT_TRUE(reader.Run([&] { lock.ReadLock(); }));
+  writer.Start([&] { lock.WriteLockThreadIndependent(); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(2); }));
+  ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(writer.Finished());
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, 0:W");
+  lock.UnlockThreadIndependent();
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+TEST(TMultiLockIndependent, ReaderBesideAnIndependentReadCannotUpgradeAtOnce) {
+  ProbedLock lock;
+  lock.ReadLock();
+  lock.ReadLockThreadIndependent();
+  EXPECT_FALSE(lock.WriteLock(0));
+  Actor releaser;
+  ASSERT_TRUE(releaser.Run([&] { lock.UnlockThreadIndependent(); }));
+  EXPECT_TRUE(lock.WriteLock(0));
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(Me()) + "," + Write(Me()));
+  lock.Unlock();
+  lock.Unlock();
+}
+
+TEST(TMultiLockIndependent, ReleaseTakesTheMostRecentIndependentHold) {
+  TMultiLock lock;
+  lock.ReadLockThreadIndependent();
+  lock.ReadLock();
+  lock.ReadLockThreadIndependent();
+  lock.UnlockThreadIndependent();
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, 0:R," + Read(Me()));
+  lock.UnlockThreadIndependent();
+  lock.UnlockThreadIndependent();  // none left: ignored
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(Me()));
+  lock.Unlock();
+}
+
+}  // namespace

@@ -1,0 +1,215 @@
+// Threads blocked in TMultiLock wake when the holds they wait for go, and
+// their waits stay alertable.
+#include <qz/errors/exceptions.h>
+#include <qz/sync/multi_lock.h>
+
+#include "sync/multi_lock_test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace multi_lock_test;
+
+// Bits of the events, to see that a thread has come to wait.
+constexpr unsigned int kFree = 2, kSoleOwner = 4, kReadOpen = 8;
+
+TEST(TMultiLockWaking, WaitingWriterEntersWhenTheLastReaderLeaves) {
+  ProbedLock lock;
+  Actor reader, writer;
+  ReleaseOnExit cleanup(lock);
+  lock.ReadLock();
+  ASSERT_TRUE(reader.Run([&] { lock.ReadLock(); }));
+  writer.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(kFree); }));
+  lock.Unlock();
+  EXPECT_FALSE(writer.Finished(50));
+  ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(writer.Finished());
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(writer.id()));
+  ASSERT_TRUE(writer.Run([&] { lock.Unlock(); }));
+}
+
+TEST(TMultiLockWaking, UpgraderEntersWhenTheOtherReadersLeave) {
+  ProbedLock lock;
+  Actor upgrader, other;
+  ReleaseOnExit cleanup(lock);
+  ASSERT_TRUE(upgrader.Run([&] { lock.ReadLock(); }));
+  ASSERT_TRUE(other.Run([&] { lock.ReadLock(); }));
+  lock.ReadLock();
+  upgrader.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(kSoleOwner); }));
+  lock.Unlock();
+  EXPECT_FALSE(upgrader.Finished(50));
+  ASSERT_TRUE(other.Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(upgrader.Finished());
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(upgrader.id()) + "," + Write(upgrader.id()));
+  ASSERT_TRUE(upgrader.Run([&] {
+    lock.Unlock();
+    lock.Unlock();
+  }));
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+TEST(TMultiLockWaking, WaitingReaderEntersWhenTheWriterLeaves) {
+  ProbedLock lock;
+  Actor reader;
+  ReleaseOnExit cleanup(lock);
+  lock.WriteLock();
+  reader.Start([&] { lock.ReadLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(kReadOpen); }));
+  EXPECT_FALSE(reader.Finished(50));
+  lock.Unlock();
+  ASSERT_TRUE(reader.Finished());
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(reader.id()));
+  ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
+}
+
+TEST(TMultiLockWaking, WaitingWritersEnterOneAfterTheOther) {
+  ProbedLock lock;
+  Actor first, second;
+  ReleaseOnExit cleanup(lock);
+  lock.WriteLock();
+  first.Start([&] { lock.WriteLock(); });
+  second.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(kFree); }));
+  lock.Unlock();
+  // One of them gets in; the other follows when that one leaves.
+  Actor* in = nullptr;
+  ASSERT_TRUE(Eventually([&] {
+    in = first.Finished(0) ? &first : second.Finished(0) ? &second : nullptr;
+    return in != nullptr;
+  }));
+  Actor* out = in == &first ? &second : &first;
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(in->id()));
+  EXPECT_FALSE(out->Finished(50));
+  ASSERT_TRUE(in->Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(out->Finished());
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(out->id()));
+  ASSERT_TRUE(out->Run([&] { lock.Unlock(); }));
+}
+
+TEST(TMultiLockWaking, WaitingReadersEnterTogetherWhenAWriteOverReadsEnds) {
+  ProbedLock lock;
+  Actor a, b;
+  ReleaseOnExit cleanup(lock);
+  lock.ReadLock();
+  lock.WriteLock();  // the only reader: an upgrade
+  a.Start([&] { lock.ReadLock(); });
+  b.Start([&] { lock.ReadLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(kReadOpen); }));
+  lock.Unlock();  // the write: the lock is read-open again
+  ASSERT_TRUE(a.Finished());
+  ASSERT_TRUE(b.Finished());
+  const std::string status = lock.GetStatusString();
+  EXPECT_EQ(status.find("locked_read, " + Read(Me()) + ","), 0u) << status;
+  EXPECT_NE(status.find(Read(a.id())), std::string::npos) << status;
+  EXPECT_NE(status.find(Read(b.id())), std::string::npos) << status;
+  lock.Unlock();
+  ASSERT_TRUE(a.Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(b.Run([&] { lock.Unlock(); }));
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+TEST(TMultiLockWaking, TimedWaitGivesUpWithNothingTaken) {
+  TMultiLock lock;
+  lock.WriteLock();
+  Actor other;
+  ReleaseOnExit cleanup(lock);
+  bool read = true, written = true;
+  ASSERT_TRUE(other.Run([&] {
+    read = lock.ReadLock(20);
+    written = lock.WriteLock(20);
+  }));
+  EXPECT_FALSE(read);
+  EXPECT_FALSE(written);
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()));
+  lock.Unlock();
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+}
+
+// Once a writer has left readers behind (here: its own, after an upgrade),
+// a later reader blocked by a writer still waits, and gives up in time.
+TEST(TMultiLockWaking, ReaderBlockedByAWriterWaitsEvenAfterAnEarlierWriteEndedOverReads) {
+  ProbedLock lock;
+  lock.ReadLock();
+  lock.WriteLock();
+  lock.Unlock();
+  lock.Unlock();
+  lock.WriteLock();
+  Actor reader;
+  ReleaseOnExit cleanup(lock);
+  bool taken = true;
+  reader.Start([&] { taken = lock.ReadLock(20); });
+  const bool gave_up = reader.Finished();
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()));
+  lock.Unlock();
+  ASSERT_TRUE(gave_up) << "the reader did not give up while the writer held on";
+  EXPECT_FALSE(taken);
+  if (taken) {
+    ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
+  }
+}
+
+// Unlike a timed mutex wait, a multi-lock wait is not ended by a procedure
+// call: the call runs and the wait goes on, timed or not.
+TEST(TMultiLockWaking, ProcedureCallRunsDuringTheWaitAndTheWaitGoesOn) {
+  for (const unsigned int timeout : {INFINITE, 60000u}) {
+    ProbedLock lock;
+    lock.WriteLock();
+    Actor reader;
+    ReleaseOnExit cleanup(lock);
+    bool taken = false;
+    reader.Start([&] { taken = lock.ReadLock(timeout); });
+    ASSERT_TRUE(Eventually([&] { return lock.has_event(kReadOpen); }));
+    std::atomic<bool> ran{false};
+    ASSERT_TRUE(QueueUserAPC(MarkRan, reader.handle(), reinterpret_cast<ULONG_PTR>(&ran)));
+    ASSERT_TRUE(Eventually([&] { return ran.load(); }));
+    EXPECT_FALSE(reader.Finished(50));
+    lock.Unlock();
+    ASSERT_TRUE(reader.Finished());
+    EXPECT_TRUE(taken);
+    EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(reader.id()));
+    ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
+  }
+}
+
+TEST(TMultiLockWaking, InterruptionThrownDuringTheWaitLeavesWithNothingTaken) {
+  ProbedLock lock;
+  lock.WriteLock();
+  Actor writer;
+  ReleaseOnExit cleanup(lock);
+  writer.Start([&] { lock.WriteLock(60000); });
+  ASSERT_TRUE(Eventually([&] { return lock.has_event(kFree); }));
+  ASSERT_TRUE(QueueUserAPC(ThrowInterrupt, writer.handle(), 0));
+  ASSERT_TRUE(writer.Finished());
+  EXPECT_THROW(writer.Rethrow(), EThreadInterrupt);
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()));
+  lock.Unlock();
+  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+  ASSERT_TRUE(writer.Run([&] {
+    lock.WriteLock();
+    lock.Unlock();
+  }));
+}
+
+TEST(TMultiLockWaking, InterruptedUpgraderNoLongerCountsAsWaiting) {
+  ProbedLock lock;
+  Actor upgrader;
+  ReleaseOnExit cleanup(lock);
+  ASSERT_TRUE(upgrader.Run([&] { lock.ReadLock(); }));
+  lock.ReadLock();
+  upgrader.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.waiting_upgraders() == 1 && lock.has_event(kSoleOwner); }));
+  ASSERT_TRUE(QueueUserAPC(ThrowInterrupt, upgrader.handle(), 0));
+  ASSERT_TRUE(upgrader.Finished());
+  EXPECT_THROW(upgrader.Rethrow(), EThreadInterrupt);
+  EXPECT_EQ(lock.waiting_upgraders(), 0);
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(upgrader.id()) + "," + Read(Me()));
+  ASSERT_TRUE(upgrader.Run([&] { lock.Unlock(); }));
+  EXPECT_TRUE(lock.WriteLock(0));  // the only reader now
+  lock.Unlock();
+  lock.Unlock();
+}
+
+}  // namespace
