@@ -36,25 +36,23 @@ TDebugStream::TDebugStream(const TDebugStream& other)
       owner(0),
       depth(0),
       has_writers(false) {
+  CopyStateOf(other);
+  NoteWriterCount();
+}
+
+// Writers, flags and stamping state, read under the source's lock.
+void TDebugStream::CopyStateOf(const TDebugStream& other) {
   Hold hold(other);
   writers = other.writers;
   at_line_start = other.at_line_start;
   stamp_lines = other.stamp_lines;
   enabled = other.enabled.load();
   last_day = other.last_day;
-  NoteWriterCount();
 }
 
 TDebugStream& TDebugStream::operator=(const TDebugStream& other) {
   if (this == &other) return *this;
-  {
-    Hold hold(other);
-    writers = other.writers;
-    at_line_start = other.at_line_start;
-    stamp_lines = other.stamp_lines;
-    enabled = other.enabled.load();
-    last_day = other.last_day;
-  }
+  CopyStateOf(other);
   lock = other.lock;
   owner = 0;
   depth = 0;

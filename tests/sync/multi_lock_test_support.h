@@ -5,6 +5,8 @@
 #include <qz/errors/exceptions.h>
 #include <qz/sync/multi_lock.h>
 
+#include "sync/sync_test_support.h"
+
 #include <windows.h>
 
 #include <atomic>
@@ -13,6 +15,9 @@
 #include <string>
 
 namespace multi_lock_test {
+
+using sync_test::Eventually;
+using sync_test::MarkRan;
 
 // A thread of the system that runs one step at a time for the test, so that
 // a test can say which thread takes which hold. Every wait for it is
@@ -126,20 +131,7 @@ inline std::string Read(DWORD id) { return std::to_string(id) + ":R"; }
 inline std::string Write(DWORD id) { return std::to_string(id) + ":W"; }
 inline DWORD Me() { return GetCurrentThreadId(); }
 
-// Polls `condition` for at most `ms`.
-inline bool Eventually(const std::function<bool()>& condition, DWORD ms = 10000) {
-  const DWORD start = GetTickCount();
-  while (!condition()) {
-    if (GetTickCount() - start > ms) return false;
-    Sleep(1);
-  }
-  return true;
-}
-
 // Queued to a thread, throws the interruption inside its alertable wait.
 inline void CALLBACK ThrowInterrupt(ULONG_PTR) { throw EThreadInterrupt(); }
-
-// Sets the std::atomic<bool> whose address it gets.
-inline void CALLBACK MarkRan(ULONG_PTR flag) { reinterpret_cast<std::atomic<bool>*>(flag)->store(true); }
 
 }  // namespace multi_lock_test

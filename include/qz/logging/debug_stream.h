@@ -110,6 +110,7 @@ class QZ_API TDebugStream {
 
   void Stamp(const char* text, size_t length, std::string& stamped);
   void NoteWriterCount();
+  void CopyStateOf(const TDebugStream& other);
 
   // The thread holding the mutex through this object (0: none), and how
   // often it does; both change only while the mutex is held.
