@@ -58,24 +58,28 @@ const char* state_name(unsigned int state) {
 
 // One snapshot under the inner lock, so state, holds and waiters agree.
 std::string TMultiLock::GetStatusString() const {
-  std::string text;
   inner_lock(_ml_common::current_owner());
   try {
-    text = state_name(state.load());
-    if (!is_empty()) {
-      text += ", ";
-      text += dump_owners();
-    }
-    const int waiters = upgrade_waiters.load();
-    if (waiters > 0) {
-      text += ", ";
-      text += std::to_string(waiters);
-      text += " r->w waiters";
-    }
+    std::string text = status_text();
+    inner_unlock();
+    return text;
   } catch (...) {
     inner_unlock();
     throw;
   }
-  inner_unlock();
+}
+
+std::string TMultiLock::status_text() const {
+  std::string text = state_name(state.load());
+  if (!is_empty()) {
+    text += ", ";
+    text += dump_owners();
+  }
+  const int waiters = upgrade_waiters.load();
+  if (waiters > 0) {
+    text += ", ";
+    text += std::to_string(waiters);
+    text += " r->w waiters";
+  }
   return text;
 }

@@ -166,8 +166,16 @@ bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_h
 bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout) {
   if (upgrade_waiters.fetch_add(1) + 1 > 1) {
     upgrade_waiters.fetch_sub(1);
+    // The status is taken before the inner lock is left: afterwards the
+    // waiting upgrader may already be gone from it.
+    std::string status;
+    try {
+      status = status_text();
+    } catch (...) {
+      inner_unlock();
+      throw;
+    }
     inner_unlock();
-    const std::string status = GetStatusString();
     throw EGeneric({"Status", status}, {"Text", "Dead-lock in multilock"});
   }
   struct waiter_leaves {

@@ -128,6 +128,8 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
   TMultiLock(const TMultiLock&);
   TMultiLock& operator=(const TMultiLock&);
 
+  // GetStatusString's text, taken while the caller is inside the inner lock.
+  std::string status_text() const;
   // Appends under the inner lock, leaving it if the list cannot grow.
   void append(_owner_id entry);
   // The first reader of a notifying lock: its hook runs with the lock
