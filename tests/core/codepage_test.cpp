@@ -23,11 +23,8 @@ constexpr int kNoSuchCodePage = 12345;
 
 }  // namespace
 
-TEST(AsString, ConvertsToUtf8) {
+TEST(CodePage, ConvertsToAndFromUtf8) {
   EXPECT_EQ(as_string(L"A\u00C4\u20AC", CP_UTF8), "A\xC3\x84\xE2\x82\xAC");
-}
-
-TEST(AsWString, ConvertsFromUtf8) {
   EXPECT_EQ(as_wstring("A\xC3\x84\xE2\x82\xAC", CP_UTF8), L"A\u00C4\u20AC");
 }
 
@@ -37,12 +34,9 @@ TEST(CodePage, EmptyTextConvertsWithoutAskingTheSystem) {
   EXPECT_EQ(as_wstring("", kNoSuchCodePage), L"");
 }
 
-TEST(CodePage, UnterminatedViewConvertsExactlyItsLength) {
+TEST(CodePage, ViewConvertsExactlyItsLengthIncludingNullCharacters) {
   EXPECT_EQ(as_string(basic_const_string<wchar_t>(L"abcdef", 3), CP_UTF8), "abc");
   EXPECT_EQ(as_wstring(basic_const_string<char>("abcdef", 3), CP_UTF8), L"abc");
-}
-
-TEST(CodePage, EmbeddedNullCharactersAreConverted) {
   EXPECT_EQ(as_string(basic_const_string<wchar_t>(L"a\0b", 3), CP_UTF8), std::string("a\0b", 3));
   EXPECT_EQ(as_wstring(basic_const_string<char>("a\0b", 3), CP_UTF8), std::wstring(L"a\0b", 3));
 }

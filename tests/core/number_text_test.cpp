@@ -15,9 +15,6 @@ TEST(NumberText, NegativeValuesHaveASignOnlyInRadix10) {
   EXPECT_EQ(ltoa(LONG_MIN, 10), "-2147483648");
   EXPECT_EQ(i64toa(LLONG_MIN, 10), "-9223372036854775808");
   EXPECT_EQ(itow(-7, 10), L"-7");
-}
-
-TEST(NumberText, WideFunctionsWriteTheSameDigits) {
   EXPECT_EQ(itow(255, 16), L"ff");
   EXPECT_EQ(ltow(35, 36), L"z");
   EXPECT_EQ(i64tow(LLONG_MAX, 16), L"7fffffffffffffff");

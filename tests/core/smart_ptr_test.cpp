@@ -51,7 +51,7 @@ TEST(SmartPtr, CountStartsAtZeroAndTheLastReleaseDeletes) {
   EXPECT_TRUE(destroyed);
 }
 
-TEST(SmartPtr, SelfAssignmentKeepsTheObject) {
+TEST(SmartPtr, SelfAssignmentKeepsTheObjectAndReassignmentReleasesIt) {
   bool destroyed = false;
   SmartPtr<SmartPtrProbe> pointer(new SmartPtrProbe(&destroyed));
   auto& same = pointer;
@@ -59,13 +59,8 @@ TEST(SmartPtr, SelfAssignmentKeepsTheObject) {
   pointer = pointer.get();
   EXPECT_FALSE(destroyed);
   EXPECT_EQ(pointer->ref_count(), 1);
-}
-
-TEST(SmartPtr, ReassignmentReleasesTheOldObject) {
-  bool first_destroyed = false;
-  SmartPtr<SmartPtrProbe> pointer(new SmartPtrProbe(&first_destroyed));
   pointer = new SmartPtrProbe;
-  EXPECT_TRUE(first_destroyed);
+  EXPECT_TRUE(destroyed);
   pointer.reset();
   EXPECT_FALSE(pointer);
 }

@@ -38,15 +38,9 @@ TEST(DivideString, LeadingRepeatedAndTrailingDelimitersGiveNoEmptyWords) {
 TEST(DivideString, QuotesGroupDelimitersAndAreRemoved) {
   EXPECT_EQ(split("x,\"y,z\"", ","), (Words{"x", "y,z"}));
   EXPECT_EQ(split("a\"b c\"d e", " "), (Words{"ab cd", "e"}));
-}
-
-TEST(DivideString, EmptyQuotedPairGivesNoWord) {
-  EXPECT_EQ(split("a,\"\",b", ","), (Words{"a", "b"}));
+  EXPECT_EQ(split("a,\"\",b", ","), (Words{"a", "b"}));  // an empty pair gives no word
   EXPECT_EQ(split("a,\"\"", ","), Words{"a"});
-}
-
-TEST(DivideString, UnterminatedQuoteRunsToTheEnd) {
-  EXPECT_EQ(split("a,\"b,c", ","), (Words{"a", "b,c"}));
+  EXPECT_EQ(split("a,\"b,c", ","), (Words{"a", "b,c"}));  // unterminated runs to the end
 }
 
 TEST(DivideString, QuoteInTheDelimiterSetEndsAWordAndOpensQuotingAtItsStart) {
@@ -83,12 +77,9 @@ TEST(DivideString, BstrTextSplitsIntoSortedBstrSet) {
   EXPECT_EQ(text_of(*it++), L"a");
   EXPECT_EQ(text_of(*it++), L"b");
   EXPECT_EQ(text_of(*it++), L"c d");
-}
-
-TEST(DivideString, NullBstrGivesNoWords) {
-  std::vector<_bstr_t> words{_bstr_t(L"stale")};
-  divide_string(_bstr_t(), words, L",");
-  EXPECT_TRUE(words.empty());
+  std::vector<_bstr_t> none{_bstr_t(L"stale")};
+  divide_string(_bstr_t(), none, L",");  // a null BSTR has no words
+  EXPECT_TRUE(none.empty());
 }
 
 TEST(ReadWord, ReadsOneWordPerCallAndFailsWhenNoneIsLeft) {
@@ -112,11 +103,8 @@ TEST(ReadWord, BstrOverloadReadsFromAWideStream) {
   EXPECT_EQ(text_of(word), L"c");
 }
 
-TEST(ConsolidateString, WordsHoldingASeparatorAreQuoted) {
-  EXPECT_EQ(join(Words{"a", "b,c", "d"}, ","), "a,\"b,c\",d");
-}
-
 TEST(ConsolidateString, OnlyTheFirstSeparatorIsWrittenButAllCauseQuoting) {
+  EXPECT_EQ(join(Words{"a", "b,c", "d"}, ","), "a,\"b,c\",d");
   EXPECT_EQ(join(Words{"a", "b c", "d,e"}, ", "), "a,\"b c\",\"d,e\"");
 }
 
@@ -124,9 +112,6 @@ TEST(ConsolidateString, OnlyTheFirstSeparatorIsWrittenButAllCauseQuoting) {
 TEST(ConsolidateString, EmptySeparatorSetJoinsWithNullCharactersAndNoWordsGiveEmptyText) {
   EXPECT_EQ(join(Words{"a", "b"}, ""), std::string("a\0b", 3));
   EXPECT_EQ(join(Words{}, ","), "");
-}
-
-TEST(ConsolidateString, SetIsJoinedInAscendingOrder) {
   EXPECT_EQ(join(std::set<std::string>{"b", "a"}, ","), "a,b");
 }
 

@@ -29,7 +29,9 @@ TEST(ComSupport, FailedHresultsBecomeComExceptions) {
   EXPECT_THROW(_com_util::CheckError(E_OUTOFMEMORY), EComException);
 }
 
-TEST(TuningGlobals, HaveTheirDocumentedDefaults) {
+// The switches are data imported from qz.dll, and their default texts are
+// read by the crash-dump code: a typo or a missing export shows here.
+TEST(TuningGlobals, AreImportedWithTheirDefaults) {
   EXPECT_TRUE(UseVEH);
   EXPECT_EQ(SkipModulesForError, "kernel32;ntdll;nt;qz;MSVCR90D;MSVCR90;MSVCP90D;MSVCP90;KERNELBASE");
   EXPECT_FALSE(SaveMiniDumpOnCppException);

@@ -38,41 +38,26 @@ TEST(DebugStreamWrite, WriterFailurePassesOutAndReleasesTheLock) {
   EXPECT_EQ(memory->text(), "xy");  // the writers before the failing one got it
 }
 
-TEST(DebugStreamPrintf, FormatsWithTheRuntimesRules) {
+// The runtime's rules (%I64d), and the 4096-byte buffer: 4095 characters
+// fit, longer text is cut and the full buffer goes out, its zero included.
+TEST(DebugStreamPrintf, FormatsWithTheRuntimesRulesAndCutsBeyond4095Characters) {
   auto* memory = new MemoryWriter;
   TDebugStream s{Writer(memory)};
   s.printf("%d|%I64d|%s|%5.2f", -7, -1234567890123LL, "t", 2.5);
-  EXPECT_EQ(memory->text(), "-7|-1234567890123|t| 2.50");
-}
-
-TEST(DebugStreamPrintf, TextBeyond4095CharactersIsCutAndSends4096BytesEndingInZero) {
-  auto* memory = new MemoryWriter;
-  TDebugStream s{Writer(memory)};
   s.printf("%s", std::string(4095, 'x').c_str());
   s.printf("%s", std::string(5000, 'y').c_str());
-  ASSERT_EQ(memory->calls.size(), 2u);
-  EXPECT_EQ(memory->calls[0], std::string(4095, 'x'));
-  EXPECT_EQ(memory->calls[1], std::string(4095, 'y') + '\0');
+  EXPECT_EQ(memory->calls, (std::vector<std::string>{"-7|-1234567890123|t| 2.50", std::string(4095, 'x'),
+                                                     std::string(4095, 'y') + '\0'}));
 }
 
-TEST(DebugStreamWriteDouble, WritesGFormatAndContinuesTheStatement) {
+TEST(DebugStreamWriteDoubleAndDump, WriteGFormatAndUpperCaseHexPairsAndContinueTheStatement) {
   auto* memory = new MemoryWriter;
   TDebugStream s{Writer(memory)};
   s.WriteDouble(0.25) << " and " << 1;
-  s.WriteDouble(1e20);
-  EXPECT_EQ(memory->text(), "0.25 and 11e+020");
-}
-
-TEST(DebugStreamDump, WritesUpperCaseHexPairsSeparatedByBlanks) {
-  auto* memory = new MemoryWriter;
-  TDebugStream s{Writer(memory)};
+  s.WriteDouble(1e20) << '|';
   const unsigned char bytes[] = {0x0A, 0xFF, 0x00, 0x7c};
-  s.Dump(bytes, 2) << '|';
-  s.Dump(bytes, 4) << '|';
-  s.Dump(bytes, 1) << '|';
-  s.Dump(bytes, 0) << '|';
-  s.Dump(bytes, -3) << '|';
-  EXPECT_EQ(memory->text(), "0A FF|0A FF 00 7C|0A|||");
+  for (int length : {2, 4, 1, 0, -3}) s.Dump(bytes, length) << '|';
+  EXPECT_EQ(memory->text(), "0.25 and 11e+020|0A FF|0A FF 00 7C|0A|||");
 }
 
 // "HH:MM:SS.mmm " and the date line that the first prefix carries.
@@ -96,13 +81,10 @@ TEST(DebugStreamStamps, FirstPrefixCarriesTheDateAndLaterOnesTheTimeOnly) {
   EXPECT_EQ(text.substr(0, 11), date);
   ASSERT_EQ(memory->calls.size(), 2u);
   EXPECT_EQ(memory->calls[0].back(), '\n');
-}
-
-TEST(DebugStreamStamps, PiecesOfOneLineShareItsPrefix) {
-  auto* memory = new MemoryWriter;
-  StampedStream s{Writer(memory)};
-  TDebugStreamSession(s) << "x=" << 5 << '\n';
-  TDebugStreamSession(s) << "y" << '\n';
+  // Pieces of one statement share one prefix.
+  StampedStream pieces{Writer(memory = new MemoryWriter)};
+  TDebugStreamSession(pieces) << "x=" << 5 << '\n';
+  TDebugStreamSession(pieces) << "y" << '\n';
   EXPECT_TRUE(std::regex_match(memory->text(), std::regex(std::string(kDate) + kTime + "x=5\n" + kTime + "y\n")))
       << memory->text();
 }

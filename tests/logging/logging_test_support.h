@@ -7,9 +7,11 @@
 
 #include <windows.h>
 
-#include <functional>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace logging_test {
@@ -67,37 +69,16 @@ struct PeekFile : TFileWriter {
   static const std::string& NameOf(const TFileWriter& w) { return w.*(&PeekFile::name); }
 };
 
-// Runs `body` on a thread of its own and waits for it, at most `bound` ms.
-// Returns false when the thread did not end in time.
-inline bool RunOnOtherThread(const std::function<void()>& body, DWORD bound = 10000) {
-  struct Call {
-    static DWORD WINAPI Run(void* f) {
-      (*static_cast<std::function<void()>*>(f))();
-      return 0;
-    }
-  };
-  auto* copy = new std::function<void()>(body);
-  HANDLE thread = CreateThread(nullptr, 0, &Call::Run, copy, 0, nullptr);
-  if (!thread) {
-    delete copy;
-    return false;
-  }
-  const bool ended = WaitForSingleObject(thread, bound) == WAIT_OBJECT_0;
-  CloseHandle(thread);
-  if (ended) delete copy;  // a thread still running keeps its copy
-  return ended;
-}
-
 // Whether another thread could take the kernel mutex right now (it gives the
-// mutex straight back).
+// mutex straight back). The wait does not block, so the join is bounded.
 inline bool FreeForOtherThreads(HANDLE mutex) {
   bool taken = false;
-  const bool ended = RunOnOtherThread([mutex, &taken] {
+  std::thread([mutex, &taken] {
     const DWORD result = WaitForSingleObject(mutex, 0);
     taken = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     if (taken) ReleaseMutex(mutex);
-  });
-  return ended && taken;
+  }).join();
+  return taken;
 }
 
 inline bool FreeForOtherThreads(const TDebugStream& s) { return FreeForOtherThreads(Peek::MutexOf(s)); }
@@ -124,23 +105,10 @@ class TempPath {
 
   // The whole file, byte for byte; readable while a writer holds it open.
   std::string Contents() const {
-    HANDLE file = CreateFileA(path_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                              nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return "<cannot open>";
-    std::string bytes;
-    char buffer[4096];
-    DWORD got = 0;
-    while (ReadFile(file, buffer, sizeof buffer, &got, nullptr) && got > 0) bytes.append(buffer, got);
-    CloseHandle(file);
-    return bytes;
+    std::ifstream in(path_, std::ios::binary);
+    return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "<cannot open>";
   }
-
-  void Put(const std::string& bytes) const {
-    HANDLE file = CreateFileA(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    DWORD done = 0;
-    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr);
-    CloseHandle(file);
-  }
+  void Put(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
 
  private:
   std::string path_;

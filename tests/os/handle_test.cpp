@@ -9,29 +9,20 @@ namespace {
 using os_test::CodeOf;
 using os_test::IsSignaled;
 
-// An unnamed manual-reset event, closed at the end of the test.
-struct RawEvent {
-  HANDLE h = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  ~RawEvent() { ::CloseHandle(h); }
-};
+using os_test::RawEvent;
 
 // A value no handle table hands out.
 HANDLE BogusHandle() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x7ffffff0)); }
 
 TEST(THandle, NullAndMinusOneMeanNoHandleAndAreNotClosed) {
   EXPECT_EQ(static_cast<void*>(THandle()), INVALID_HANDLE_VALUE);
-  {
-    THandle null_handle(nullptr);
-    EXPECT_EQ(static_cast<void*>(null_handle), nullptr);
-    EXPECT_FALSE(null_handle.IsValidHandle());
-    THandle invalid(INVALID_HANDLE_VALUE);
-    EXPECT_EQ(static_cast<void*>(invalid), INVALID_HANDLE_VALUE);
-    EXPECT_FALSE(invalid.IsValidHandle());
-    THandle copy(null_handle);
-    EXPECT_EQ(static_cast<void*>(copy), nullptr);
+  for (HANDLE none : {HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
+    THandle held(none);
+    THandle copy(held);
+    EXPECT_EQ(static_cast<void*>(copy), none);
+    EXPECT_FALSE(held.IsValidHandle());
+    EXPECT_FALSE(THandle::IsValidHandle(none));
   }  // destructors close nothing and do not throw
-  EXPECT_FALSE(THandle::IsValidHandle(nullptr));
-  EXPECT_FALSE(THandle::IsValidHandle(INVALID_HANDLE_VALUE));
 }
 
 TEST(THandle, ConstructionAndCopyDuplicateToTheSameObject) {
@@ -58,7 +49,7 @@ TEST(THandle, DestructionClosesOnlyItsOwnDuplicate) {
   EXPECT_TRUE(GetHandleInformation(raw.h, &flags));
 }
 
-TEST(THandle, DetachedHandleStaysOpen) {
+TEST(THandle, DetachedHandleStaysOpenAndAttachedOneIsClosed) {
   RawEvent raw;
   HANDLE detached;
   {
@@ -67,18 +58,13 @@ TEST(THandle, DetachedHandleStaysOpen) {
     EXPECT_EQ(static_cast<void*>(owner), INVALID_HANDLE_VALUE);
   }
   EXPECT_TRUE(SetEvent(detached));
-  EXPECT_TRUE(::CloseHandle(detached));
-}
-
-TEST(THandle, AttachTakesOverWithoutDuplicating) {
-  HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   {
     THandle owner;
-    owner.AttachHandle(event);
-    EXPECT_EQ(static_cast<void*>(owner), event);
+    owner.AttachHandle(detached);  // takes over without duplicating
+    EXPECT_EQ(static_cast<void*>(owner), detached);
   }
   DWORD flags;
-  EXPECT_FALSE(GetHandleInformation(event, &flags));  // closed by the owner
+  EXPECT_FALSE(GetHandleInformation(detached, &flags));  // closed by the owner
 }
 
 TEST(THandle, AssignmentClosesTheOldHandleAndDuplicatesTheNew) {
@@ -96,17 +82,12 @@ TEST(THandle, AssignmentClosesTheOldHandleAndDuplicatesTheNew) {
   other = owner;
   EXPECT_NE(static_cast<void*>(other), static_cast<void*>(owner));
   EXPECT_TRUE(IsSignaled(other));
+  const THandle& same = other;
+  other = same;  // self-assignment leaves the object empty
+  EXPECT_EQ(static_cast<void*>(other), INVALID_HANDLE_VALUE);
 }
 
-TEST(THandle, SelfAssignmentLeavesTheObjectEmpty) {
-  RawEvent raw;
-  THandle owner(raw.h);
-  const THandle& same = owner;
-  owner = same;
-  EXPECT_EQ(static_cast<void*>(owner), INVALID_HANDLE_VALUE);
-}
-
-TEST(THandle, FailedCloseThrowsFromCloseHandleAndDestructor) {
+TEST(THandle, FailedCloseOrDuplicateThrows) {
   THandle null_handle(nullptr);
   try {
     null_handle.CloseHandle();
@@ -123,10 +104,7 @@ TEST(THandle, FailedCloseThrowsFromCloseHandleAndDestructor) {
         bogus.AttachHandle(BogusHandle());
       },
       ESystemException);
-}
-
-TEST(THandle, DuplicatingAnInvalidHandleThrows) {
-  EXPECT_THROW(THandle{BogusHandle()}, ESystemException);
+  EXPECT_THROW(THandle{BogusHandle()}, ESystemException);  // duplicating it
 }
 
 TEST(THandle, WaitReportsTimeOutSignalAndFailure) {

@@ -43,6 +43,12 @@ inline std::wstring UniqueName(const wchar_t* stem) {
 // The "Code" an ESystemException carries.
 inline int CodeOf(const ESystemException& e) { return static_cast<int>(e.get_value("Code")); }
 
+// An unnamed manual-reset event, closed at the end of the test.
+struct RawEvent {
+  HANDLE h = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  ~RawEvent() { ::CloseHandle(h); }
+};
+
 // Whether a kernel object is signalled right now.
 inline bool IsSignaled(HANDLE h) { return WaitForSingleObject(h, 0) == WAIT_OBJECT_0; }
 

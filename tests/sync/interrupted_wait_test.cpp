@@ -64,41 +64,35 @@ void ExpectUntimedWaitGoesOn(const WaitCase& c) {
   EXPECT_EQ(w.worker.error(), "");
 }
 
-TEST(AlertableWait, ProcedureCallEndsTimedMutexLockWithFalse) {
+TEST(AlertableWait, ProcedureCallEndsATimedWaitWithFalse) {
   TMutex mutex;
   mutex.Lock();
+  TSemaphore semaphore(1, 0);
+  TEvent event;
+  SCOPED_TRACE("mutex");
   ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return mutex.Lock(ms); }, {}, {}});
+  SCOPED_TRACE("semaphore");
+  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return semaphore.Lock(ms); }, {}, {}});
+  SCOPED_TRACE("event");
+  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, {}, {}});
   mutex.Unlock();
 }
 
-TEST(AlertableWait, UntimedMutexLockWaitsOnAfterProcedureCall) {
+TEST(AlertableWait, UntimedWaitGoesOnAfterAProcedureCall) {
   TMutex mutex;
   mutex.Lock();
+  TSemaphore semaphore(1, 0);
+  TEvent event;
+  SCOPED_TRACE("mutex");
   ExpectUntimedWaitGoesOn({{},
                            [&] {
                              mutex.Lock();
                              mutex.Unlock();
                            },
                            [&] { mutex.Unlock(); }});
-}
-
-TEST(AlertableWait, ProcedureCallEndsTimedSemaphoreLockWithFalse) {
-  TSemaphore semaphore(1, 0);
-  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return semaphore.Lock(ms); }, {}, {}});
-}
-
-TEST(AlertableWait, UntimedSemaphoreLockWaitsOnAfterProcedureCall) {
-  TSemaphore semaphore(1, 0);
+  SCOPED_TRACE("semaphore");
   ExpectUntimedWaitGoesOn({{}, [&] { semaphore.Lock(); }, [&] { semaphore.Unlock(); }});
-}
-
-TEST(AlertableWait, ProcedureCallEndsEventSignaledWithFalse) {
-  TEvent event;
-  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, {}, {}});
-}
-
-TEST(AlertableWait, WaitForSignalWaitsOnAfterProcedureCall) {
-  TEvent event;
+  SCOPED_TRACE("event");
   ExpectUntimedWaitGoesOn({{}, [&] { event.WaitForSignal(); }, [&] { event.Set(); }});
 }
 

@@ -9,25 +9,20 @@ namespace {
 
 using namespace multi_lock_test;
 
-TEST(TMultiLockIndependent, ReadTakenOnOneThreadIsReleasedByAnother) {
+TEST(TMultiLockIndependent, HoldsAreReleasedByAnotherThreadAndAWriteKeepsEveryThreadOut) {
   TMultiLock lock;
-  Actor taker;
-  ASSERT_TRUE(taker.Run([&] { lock.ReadLockThreadIndependent(); }));
+  Actor other;
+  ASSERT_TRUE(other.Run([&] { lock.ReadLockThreadIndependent(); }));
   EXPECT_EQ(lock.GetStatusString(), "locked_read, 0:R");
   lock.UnlockThreadIndependent();
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
-}
-
-TEST(TMultiLockIndependent, WriteKeepsEveryThreadOutUntilAnyThreadReleasesIt) {
-  TMultiLock lock;
   lock.WriteLockThreadIndependent();
   EXPECT_EQ(lock.GetStatusString(), "locked_write, 0:W");
   EXPECT_FALSE(lock.ReadLock(0));  // the taker is not its owner either
   EXPECT_FALSE(lock.WriteLock(0));
   EXPECT_FALSE(lock.WriteLockThreadIndependent(0));  // no recursion
   EXPECT_FALSE(lock.ReadLockThreadIndependent(0));
-  Actor releaser;
-  ASSERT_TRUE(releaser.Run([&] {
+  ASSERT_TRUE(other.Run([&] {
     lock.Unlock();  // holds nothing of its own
     EXPECT_EQ(lock.GetStatusString(), "locked_write, 0:W");
     lock.UnlockThreadIndependent();

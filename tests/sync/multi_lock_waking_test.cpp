@@ -111,23 +111,6 @@ TEST(TMultiLockWaking, WaitingReadersEnterTogetherWhenAWriteOverReadsEnds) {
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
 }
 
-TEST(TMultiLockWaking, TimedWaitGivesUpWithNothingTaken) {
-  TMultiLock lock;
-  lock.WriteLock();
-  Actor other;
-  ReleaseOnExit cleanup(lock);
-  bool read = true, written = true;
-  ASSERT_TRUE(other.Run([&] {
-    read = lock.ReadLock(20);
-    written = lock.WriteLock(20);
-  }));
-  EXPECT_FALSE(read);
-  EXPECT_FALSE(written);
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()));
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
-}
-
 // Once a writer has left readers behind (here: its own, after an upgrade),
 // a later reader blocked by a writer still waits, and gives up in time.
 TEST(TMultiLockWaking, ReaderBlockedByAWriterWaitsEvenAfterAnEarlierWriteEndedOverReads) {

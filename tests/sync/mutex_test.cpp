@@ -45,17 +45,7 @@ TEST(TMutex, AbandonedMutexIsTakenOver) {
   EXPECT_TRUE(FreeForOthers(mutex));
 }
 
-TEST(TMutex, UnlockWithoutOwningThrows) {
-  TMutex mutex;
-  try {
-    mutex.Unlock();
-    FAIL() << "released a mutex nobody owned";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_NOT_OWNER);
-  }
-}
-
-TEST(TMutex, NamedMutexIsOpenedByName) {
+TEST(TMutex, NamedMutexIsOpenedByNameAndCopiesDuplicateIt) {
   const std::wstring name = UniqueName(L"mutex");
   TMutex named(name.c_str());
   TMutex opened(DoNotInitialize);
@@ -67,19 +57,13 @@ TEST(TMutex, NamedMutexIsOpenedByName) {
 
   TMutex created(DoNotInitialize);
   created.CreateMutexW(UniqueName(L"owned").c_str(), true);
-  EXPECT_FALSE(FreeForOthers(created));
+  TMutex copy(created);  // a duplicate of the same mutex
+  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(created));
+  EXPECT_FALSE(FreeForOthers(copy));
   created.Unlock();
 }
 
-TEST(TMutex, CopyDuplicatesTheHandle) {
-  TMutex mutex;
-  TMutex copy(mutex);
-  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(mutex));
-  TLock hold(copy);
-  EXPECT_FALSE(FreeForOthers(mutex));
-}
-
-TEST(TMutex, FailedOpenThrowsAndKeepsTheNullHandle) {
+TEST(TMutex, FailedOpenOrUnlockWithoutOwningThrows) {
   TMutex mutex(DoNotInitialize);
   try {
     mutex.OpenMutexW(UniqueName(L"missing").c_str(), SYNCHRONIZE);
@@ -89,6 +73,14 @@ TEST(TMutex, FailedOpenThrowsAndKeepsTheNullHandle) {
   }
   EXPECT_EQ(static_cast<void*>(mutex), nullptr);
   EXPECT_THROW(mutex.Lock(0), ESystemException);
+
+  TMutex unowned;
+  try {
+    unowned.Unlock();
+    FAIL() << "released a mutex nobody owned";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_NOT_OWNER);
+  }
 }
 
 }  // namespace

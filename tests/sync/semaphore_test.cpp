@@ -9,28 +9,20 @@ namespace {
 using sync_test::CodeOf;
 using sync_test::UniqueName;
 
-TEST(TSemaphore, MaximumComesBeforeTheInitialCount) {
-  TSemaphore semaphore(5, 1);
+TEST(TSemaphore, CountsAgainstTheMaximumAndReleaseReturnsThePreviousCount) {
+  TSemaphore semaphore(5, 1);  // the maximum comes before the initial count
   EXPECT_TRUE(semaphore.Lock(0));
   EXPECT_FALSE(semaphore.Lock(0));
-  EXPECT_EQ(semaphore.ReleaseSemaphore(5), 0);  // up to the maximum of 5
-}
-
-TEST(TSemaphore, SingleCountStartsFull) {
-  TSemaphore semaphore(2);
-  semaphore.Lock();
-  EXPECT_TRUE(semaphore.Lock(0));
-  EXPECT_FALSE(semaphore.Lock(0));
-  semaphore.Unlock();
-  EXPECT_EQ(semaphore.ReleaseSemaphore(1), 1);
-}
-
-TEST(TSemaphore, ReleaseReturnsThePreviousCount) {
-  TSemaphore semaphore(10, 0);
   EXPECT_EQ(semaphore.ReleaseSemaphore(2), 0);
-  EXPECT_EQ(semaphore.ReleaseSemaphore(3), 2);
   semaphore.Unlock();
-  EXPECT_EQ(semaphore.ReleaseSemaphore(1), 6);
+  EXPECT_EQ(semaphore.ReleaseSemaphore(2), 3);  // up to the maximum of 5
+
+  TSemaphore full(2);  // a single count starts full
+  full.Lock();
+  EXPECT_TRUE(full.Lock(0));
+  EXPECT_FALSE(full.Lock(0));
+  full.Unlock();
+  EXPECT_EQ(full.ReleaseSemaphore(1), 1);
 }
 
 TEST(TSemaphore, ReleasingBeyondTheMaximumThrows) {

@@ -25,21 +25,6 @@ TEST(TTimedLockOverMultiLock, ReadersKeepItBusyUntilTheLastLeaves) {
   EXPECT_EQ(target.GetStatusString(), "not_locked");
 }
 
-TEST(TTimedLockOverMultiLock, RefusedWriteCountsNothing) {
-  TMultiLock target;
-  TTimedLock lock(target);
-  Actor reader;
-  ASSERT_TRUE(reader.Run([&] { lock.ReadLock(); }));
-  EXPECT_FALSE(lock.WriteLock(0));
-  EXPECT_FALSE(lock.Lock(0));
-  ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
-  EXPECT_FALSE(lock.IsLocked());
-  EXPECT_TRUE(lock.WriteLock(0));
-  EXPECT_TRUE(lock.IsLocked());
-  lock.Unlock();
-  EXPECT_FALSE(lock.IsLocked());
-}
-
 TEST(TTimedLockOverMultiLock, IndependentHoldReleasedElsewhereEndsTheBusyPeriod) {
   TMultiLock target;
   TTimedLock lock(target);

@@ -6,35 +6,21 @@
 
 namespace {
 
-TEST(TimeText, CtimeOfValuesTheRuntimeCannotShowIsThePlaceholder) {
+// Values the runtime cannot show (invalid, before the epoch) give the
+// placeholder.
+TEST(TimeText, CtimeIsLocalWithoutTrailingNewlineOrThePlaceholder) {
   EXPECT_EQ(_time_t::invalid.ctime(), "<invalid time>");
   EXPECT_EQ(_time_t(-2).ctime(), "<invalid time>");
-}
-
-TEST(TimeText, CtimeIsLocalWithoutTrailingNewline) {
   SKIP_UNLESS_BERLIN_ZONE();
   EXPECT_EQ(_time_t(1616893199).ctime(), "Sun Mar 28 01:59:59 2021");
   EXPECT_EQ(_time_t(1616893200).ctime(), "Sun Mar 28 03:00:00 2021");
   EXPECT_EQ(_time_t(1625133600).ctime(), "Thu Jul 01 12:00:00 2021");
 }
 
-TEST(TimeText, Iso8601IsUtcWithLiteralMilliseconds) {
+TEST(TimeText, Iso8601IsUtcAndRoundTrips) {
   EXPECT_EQ(_time_t(0).iso8601time(), "1970-01-01T00:00:00.000");
   EXPECT_EQ(_time_t(1577934245).iso8601time(), "2020-01-02T03:04:05.000");
   EXPECT_EQ(_time_t(1625133600).iso8601time(), "2021-07-01T10:00:00.000");
-}
-
-TEST(TimeText, IsoTextParsesAsUtcAndRoundTrips) {
-  const _time_t parsed = _time_t::mktime(std::string("2020-01-02T03:04:05.000"));
-  tm utc = {};
-  utc.tm_year = 120;
-  utc.tm_mon = 0;
-  utc.tm_mday = 2;
-  utc.tm_hour = 3;
-  utc.tm_min = 4;
-  utc.tm_sec = 5;
-  EXPECT_EQ(parsed, _time_t::mkgmtime(utc));
-  EXPECT_EQ(parsed.iso8601time(), "2020-01-02T03:04:05.000");
   for (__int64 t : {0LL, 1LL, 951782400LL /* 2000-02-29 */, 4102444800LL /* 2100 */, 32535215999LL}) {
     const _time_t value(t);
     EXPECT_EQ(_time_t::mktime(value.iso8601time()), value) << value.iso8601time();

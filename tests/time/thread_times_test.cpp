@@ -20,36 +20,21 @@ bool SpinUntil(const Watch& watch, double seconds) {
   return true;
 }
 
-TEST(ThreadTimes, StaticsAreThePseudoHandleAndTheUnit) {
-  EXPECT_EQ(_thread_common_times_t::current_thread, GetCurrentThread());
-  EXPECT_EQ(_thread_common_times_t::frequency, 10000000.0);
-}
-
 // Run on a thread of its own: a reading of the thread that loaded the
-// library (idle in join meanwhile) would never grow.
-TEST(ThreadTimes, ReadingsAreOfTheCallingThread) {
+// library (idle in join meanwhile) would never grow. Ticks are 100 ns.
+TEST(ThreadTimes, ReadingsAreOfTheCallingThreadInHundredNanosecondTicks) {
   bool user_grew = false, total_grew = false;
+  __int64 ticks = 0;
   std::thread([&] {
     _thread_user_times_t user;
     user_grew = SpinUntil(user, 0.05);
     _thread_times_t total;
     total_grew = SpinUntil(total, 0.05);
+    ticks = total.get_elapsed_ticks();
   }).join();
   EXPECT_TRUE(user_grew);
   EXPECT_TRUE(total_grew);
-}
-
-TEST(ThreadTimes, ElapsedTicksAreHundredNanosecondUnits) {
-  _thread_times_t total;
-  ASSERT_TRUE(SpinUntil(total, 0.02));
-  const __int64 ticks = total.get_elapsed_ticks();
-  EXPECT_GE(ticks, 200000);
-  EXPECT_LE(total.get_elapsed(), ticks / 10000000.0 + 1.0);
-
-  _thread_kernel_times_t kernel;
-  EXPECT_GE(kernel.get_elapsed_ticks(), 0);
-  EXPECT_GE(kernel.get_elapsed(), 0.0);
-  EXPECT_GT(static_cast<__int64>(kernel), -1);
+  EXPECT_GE(ticks, 500000);
 }
 
 TEST(ThreadTimes, TotalIsKernelPlusUser) {
@@ -70,9 +55,6 @@ TEST(ThreadTimes, RestartTakesANewReading) {
   ASSERT_TRUE(SpinUntil(user, 0.02));
   user.restart();
   EXPECT_GT(static_cast<__int64>(user), static_cast<__int64>(before));
-  _thread_times_t total(DoNotInitialize);
-  total.restart();
-  EXPECT_LT(total.get_elapsed(), 0.02 + 1.0);
 }
 
 }  // namespace

@@ -19,34 +19,27 @@ _ticks_t TicksAt(unsigned long raw) {
   return ticks;
 }
 
-TEST(TicksStopwatch, DifferenceAcrossTheWrapIsRight) {
+// Differences are right across the wrap; the order compares raw readings.
+TEST(TicksStopwatch, DifferenceAcrossTheWrapIsRightButOrderIgnoresIt) {
   const _ticks_t before_wrap = TicksAt(0xFFFFFF00ul);  // 256 below the wrap
   const _ticks_t after_wrap = TicksAt(0x100ul);        // 256 after it
   EXPECT_EQ(after_wrap - before_wrap, 512);
   EXPECT_EQ(before_wrap - after_wrap, -512);
-}
-
-TEST(TicksStopwatch, OrderIgnoresTheWrap) {
-  const _ticks_t before_wrap = TicksAt(0xFFFFFF00ul);
-  const _ticks_t after_wrap = TicksAt(0x100ul);
   EXPECT_FALSE(before_wrap < after_wrap);  // although it is earlier
   EXPECT_TRUE(after_wrap < before_wrap);
   EXPECT_TRUE(TicksAt(7) == TicksAt(7));
   EXPECT_FALSE(TicksAt(7) == TicksAt(8));
 }
 
-TEST(TicksStopwatch, ElapsedIsMeasuredFromTheReading) {
+// A reading above the current count can only have been taken before the
+// counter wrapped: the elapsed time is then nearly the whole 32-bit range.
+TEST(TicksStopwatch, ElapsedIsMeasuredFromTheReadingEvenBeforeAWrap) {
   const _ticks_t earlier = TicksAt(GetTickCount() - 512);
   const unsigned long elapsed = earlier.get_elapsed_ticks();
   EXPECT_GE(elapsed, 512u);
   EXPECT_LT(elapsed, 512u + 10000u);
   EXPECT_GE(earlier.get_elapsed(), 0.512);
   EXPECT_LT(earlier.get_elapsed(), 10.512);
-}
-
-// A reading above the current count can only have been taken before the
-// counter wrapped: the elapsed time is then nearly the whole 32-bit range.
-TEST(TicksStopwatch, ReadingBeforeAWrapCountsUpToIt) {
   const _ticks_t before_wrap = TicksAt(GetTickCount() + 0x1000u);
   EXPECT_GE(before_wrap.get_elapsed_ticks(), 0xFFFFF000ul);
   EXPECT_GE(before_wrap.get_elapsed(), 0xFFFFF000ul / 1000.0);

@@ -30,20 +30,15 @@ TEST(TPropertyList, NamesDifferingOnlyInCaseAreOneProperty) {
   EXPECT_EQ(list.GetCount(), 0);
 }
 
-TEST(TPropertyList, UnknownNameGivesAnEmptyValueWhoseTextIsABadCast) {
+TEST(TPropertyList, UnknownNameGivesAnEmptyValueAndDeletesNothing) {
   TPropertyList list;
+  list.PutProperty(L"a", _value_t(1));
+  list.Delete(L"b");
   _value_t missing = list.GetProperty(L"missing");
   EXPECT_TRUE(missing.empty());
   EXPECT_THROW(missing.as_string(), EBadCastException);
   EXPECT_FALSE(list.Have(L"missing"));
-  EXPECT_EQ(list.GetCount(), 0);  // asking did not add it
-}
-
-TEST(TPropertyList, DeleteOfAnUnknownNameChangesNothing) {
-  TPropertyList list;
-  list.PutProperty(L"a", _value_t(1));
-  list.Delete(L"b");
-  EXPECT_EQ(list.GetCount(), 1);
+  EXPECT_EQ(list.GetCount(), 1);  // asking did not add it
 }
 
 TEST(TPropertyList, GetPropertiesYieldsTheValuesAsTextInCaseInsensitiveNameOrder) {
@@ -77,19 +72,15 @@ TEST(TPropertyList, GetPropertiesStopsAtAValueWithoutTextKeepingThoseBefore) {
   EXPECT_EQ(list.GetCount(), 4);
 }
 
-TEST(TPropertyList, ReturnedValueSharesTheStorageButAssigningToItLeavesTheListAlone) {
+TEST(TPropertyList, PutAndGetShareTheStorageButAssigningToTheResultLeavesTheListAlone) {
   TPropertyList list;
   list.PutProperty(L"k", _value_t("stored"));
   _value_t got = list.GetProperty(L"k");
   EXPECT_EQ(got.data(), list.GetProperty(L"K").data());
   got = "changed";
   EXPECT_EQ(list.GetProperty(L"k").as_string(), "stored");
-}
-
-TEST(TPropertyList, PutSharesTheGivenValue) {
-  TPropertyList list;
   const _value_t value(std::vector<int>{1, 2});
-  list.PutProperty(L"v", value);
+  list.PutProperty(L"v", value);  // put shares the given value too
   EXPECT_EQ(list.GetProperty(L"v").data(), value.data());
 }
 

@@ -46,18 +46,15 @@ TEST(StorageCompare, ContainerNeedsContiguousElementsOfItsKind) {
   EXPECT_FALSE(numbers.equal(sequence<std::string>({"a", "b"})));  // lengths differ first
 }
 
-TEST(StorageCompare, BoolContainersCompareTheirBits) {
+TEST(StorageCompare, BoolContainersAndTheirElementViewsCompareTheirBits) {
   const auto bits = sequence<bool>({true, false});
   EXPECT_TRUE(bits.equal(sequence<bool>({true, false})));
   EXPECT_FALSE(bits.equal(sequence<bool>({true, true})));
   EXPECT_TRUE(bits.less(sequence<bool>({true, true})));
   EXPECT_TRUE(sequence<bool>({false}).less(_value_t_data_t<bool>(true)));
   EXPECT_THROW(sequence<bool>({true}).equal(sequence<int>({1})), EBadCastException);
-}
-
-TEST(StorageCompare, BoolElementViewComparesAsABool) {
-  _value_t_cont_t<bool> bits(std::vector<bool>{false, true});
-  const _value_t_data& constant = bits;
+  _value_t_cont_t<bool> pair(std::vector<bool>{false, true});
+  const _value_t_data& constant = pair;
   std::unique_ptr<_value_t_data> second(constant.get(1ULL));
   EXPECT_TRUE(second->equal(_value_t_data_t<bool>(true)));
   EXPECT_TRUE(sequence<bool>({true}).equal(*second));

@@ -22,8 +22,8 @@ using AllKinds = std::make_index_sequence<kKinds>;
 template <size_t I>
 using Kind = std::tuple_element_t<I, Kinds>;
 
-const char* const kKindNames[kKinds] = {"int",    "unsigned long", "__int64", "bool",
-                                        "double", "string",        "wstring", "_bstr_t",
+const char* const kKindNames[kKinds] = {"int",    "unsigned long", "__int64",      "bool",
+                                        "double", "string",        "wstring",      "_bstr_t",
                                         "object", "const object",  "_time_t"};
 
 // Row: stored kind; column: requested kind, both in the order of Kinds.
@@ -33,9 +33,7 @@ const char* const kReadTable[kKinds] = {
     "..Y........",  // __int64
     "YY.Y.......",  // bool: int, unsigned long, bool
     "....Y......",  // double
-    ".....YYY...",  // string
-    ".....YYY...",  // wstring
-    ".....YYY...",  // _bstr_t
+    ".....YYY...", ".....YYY...", ".....YYY...",  // the text kinds read each other
     "........YY.",  // object: itself and const object
     ".........Y.",  // const object
     "..........Y",  // _time_t
@@ -48,134 +46,88 @@ const char* const kPutTable[kKinds] = {
     "YYY........",  // __int64: int, unsigned long, __int64
     "...Y.......",  // bool
     "Y...Y......",  // double: int, double
-    ".....YYY...",  // string
-    ".....YYY...",  // wstring
-    ".....YYY...",  // _bstr_t
+    ".....YYY...", ".....YYY...", ".....YYY...",  // the text kinds take each other
     "........Y..",  // object
     "........YY.",  // const object: object, const object
     "..........Y",  // _time_t
 };
 
-template <class T>
-T sample();
-template <> int sample<int>() { return -5; }
-template <> unsigned long sample<unsigned long>() { return 0xFFFFFFFFUL; }
-template <> __int64 sample<__int64>() { return -9000000000LL; }
-template <> bool sample<bool>() { return true; }
-template <> double sample<double>() { return 2.5; }
-template <> std::string sample<std::string>() { return "text"; }
-template <> std::wstring sample<std::wstring>() { return L"wide"; }
-template <> _bstr_t sample<_bstr_t>() { return L"bstr"; }
-template <> ObjectPtr sample<ObjectPtr>() {
-  static const ObjectPtr object(new SmartPtrObj);
-  return object;
-}
-template <> ConstObjectPtr sample<ConstObjectPtr>() { return sample<ObjectPtr>(); }
-template <> _time_t sample<_time_t>() { return _time_t(static_cast<__int64>(86400)); }
+const ObjectPtr kObject(new SmartPtrObj);
+const Kinds kSamples{-5, 0xFFFFFFFFUL, -9000000000LL, true, 2.5, "text", L"wide", _bstr_t(L"bstr"),
+                     kObject, kObject, _time_t(static_cast<__int64>(86400))};
+template <size_t I>
+const Kind<I>& sample() { return std::get<I>(kSamples); }
 
-enum class Form { owned, view, const_view, container };
-const Form kForms[] = {Form::owned, Form::view, Form::const_view, Form::container};
-
-const char* form_name(Form form) {
-  switch (form) {
-    case Form::owned: return "owned scalar";
-    case Form::view: return "writable view";
-    case Form::const_view: return "read-only view";
-    default: return "container";
-  }
-}
+enum Form { owned, view, const_view, container };
+const Form kForms[] = {owned, view, const_view, container};
+const char* const kFormNames[] = {"owned scalar", "writable view", "read-only view", "container"};
 
 // One storage of kind T in the given form, with the variables it views.
 template <class T>
 struct Subject {
-  explicit Subject(Form form) : variable(sample<T>()), constant(sample<T>()) {
-    switch (form) {
-      case Form::owned: storage.reset(new _value_t_data_t<T>(sample<T>())); break;
-      case Form::view: storage.reset(new _value_t_pdata_t<T>(&variable)); break;
-      case Form::const_view: storage.reset(new _value_t_pcdata_t<T>(&constant)); break;
-      case Form::container:
-        storage.reset(new _value_t_cont_t<T>(std::vector<T>(1, sample<T>())));
-        break;
-    }
+  Subject(Form form, const T& value) : variable(value), constant(value) {
+    if (form == owned) storage.reset(new _value_t_data_t<T>(value));
+    if (form == view) storage.reset(new _value_t_pdata_t<T>(&variable));
+    if (form == const_view) storage.reset(new _value_t_pcdata_t<T>(&constant));
+    if (form == container) storage.reset(new _value_t_cont_t<T>(std::vector<T>(1, value)));
   }
   T variable;
   const T constant;
   std::unique_ptr<_value_t_data> storage;
 };
 
-template <class Operation>
-char outcome(Operation operation) {
-  try {
-    operation();
-    return 'Y';
-  } catch (const EBadCastException&) {
-    return '.';
-  }
+// Cell U of row S: 'Y' when operation(fresh storage of kind S, sample of kind U) succeeds,
+// '.' when it throws a bad cast.
+template <size_t S, class Operation, size_t... U>
+std::string row(Form form, Operation operation, std::index_sequence<U...>) {
+  const auto outcome = [&](const auto& argument) {
+    try {
+      operation(*Subject<Kind<S>>(form, sample<S>()).storage, argument);
+      return 'Y';
+    } catch (const EBadCastException&) {
+      return '.';
+    }
+  };
+  return {outcome(sample<U>())...};
 }
 
-template <class T, size_t... R>
-std::string read_row(Form form, std::index_sequence<R...>) {
-  Subject<T> subject(form);
-  const _value_t_data& storage = *subject.storage;
-  return {outcome([&] { storage.get(static_cast<const Kind<R>*>(nullptr)); })...};
+template <class Operation, class Expected, size_t... S>
+void check_table(Form form, Operation operation, Expected expected, std::index_sequence<S...>) {
+  const auto check = [&](size_t stored, const std::string& actual) {
+    EXPECT_EQ(actual, expected(stored)) << kFormNames[form] << " of " << kKindNames[stored];
+  };
+  (check(S, row<S>(form, operation, AllKinds())), ...);
 }
 
-template <class T, size_t... U>
-std::string put_row(Form form, std::index_sequence<U...>) {
-  return {outcome([&] { Subject<T>(form).storage->put(sample<Kind<U>>()); })...};
-}
+const auto kRead = [](const _value_t_data& s, const auto& x) {
+  s.get(static_cast<decltype(&x)>(nullptr));
+};
+const auto kPut = [](_value_t_data& s, const auto& x) { s.put(x); };
 
-template <class T, size_t... U>
-std::string push_back_row(std::index_sequence<U...>) {
-  return {outcome([&] { Subject<T>(Form::container).storage->push_back(sample<Kind<U>>()); })...};
-}
-
-void expect_row(const std::string& actual, const std::string& expected, Form form, size_t row) {
-  EXPECT_EQ(actual, expected) << form_name(form) << " of " << kKindNames[row];
-}
-
-template <size_t... S>
-void check_reads(Form form, std::index_sequence<S...>) {
-  (expect_row(read_row<Kind<S>>(form, AllKinds()), kReadTable[S], form, S), ...);
+TEST(StorageTables, EveryFormReadsExactlyTheReadTable) {
+  for (Form form : kForms)
+    check_table(form, kRead, [](size_t s) { return std::string(kReadTable[s]); }, AllKinds());
 }
 
 // A read-only view refuses every write; the other forms follow the table.
-template <size_t... S>
-void check_puts(Form form, std::index_sequence<S...>) {
-  const std::string refused(kKinds, '.');
-  (expect_row(put_row<Kind<S>>(form, AllKinds()),
-              form == Form::const_view ? refused : std::string(kPutTable[S]), form, S),
-   ...);
-}
-
-// A container appends its own kind only: the diagonal.
-template <size_t... S>
-void check_push_backs(std::index_sequence<S...>) {
-  auto diagonal = [](size_t row) {
-    std::string text(kKinds, '.');
-    text[row] = 'Y';
-    return text;
-  };
-  (expect_row(push_back_row<Kind<S>>(AllKinds()), diagonal(S), Form::container, S), ...);
-}
-
-TEST(StorageTables, EveryFormReadsExactlyTheReadTable) {
-  for (Form form : kForms) check_reads(form, AllKinds());
-}
-
 TEST(StorageTables, EveryFormWritesExactlyThePutTable) {
-  for (Form form : kForms) check_puts(form, AllKinds());
+  for (Form form : kForms)
+    check_table(form, kPut, [&](size_t s) {
+      return form == const_view ? std::string(kKinds, '.') : std::string(kPutTable[s]);
+    }, AllKinds());
 }
 
-TEST(StorageTables, ContainerAppendsOnlyItsOwnKind) { check_push_backs(AllKinds()); }
-
-TEST(StorageTables, ScalarsNeverGrow) {
+TEST(StorageTables, ContainerAppendsOnlyItsOwnKindAndScalarsNeverGrow) {
+  const auto diagonal = [](size_t s) { return std::string(kKinds, '.').replace(s, 1, "Y"); };
+  check_table(container, [](_value_t_data& s, const auto& x) { s.push_back(x); }, diagonal,
+              AllKinds());
   _value_t_data_t<int> scalar(1);
   EXPECT_THROW(scalar.push_back(2), EBadCastException);
 }
 
+using Names = std::pair<std::string, std::string>;
 template <class Storage, class Operation>
-std::pair<std::string, std::string> bad_cast_of(Storage& storage, Operation operation) {
+Names bad_cast_of(Storage& storage, Operation operation) {
   try {
     operation(storage);
   } catch (const EBadCastException& e) {
@@ -184,15 +136,13 @@ std::pair<std::string, std::string> bad_cast_of(Storage& storage, Operation oper
   return {"no exception", ""};
 }
 
-using Names = std::pair<std::string, std::string>;
-
 TEST(StorageTables, RefusedReadNamesStoredThenRequestedKind) {
   _value_t_data_t<int> number(1);
   EXPECT_EQ(bad_cast_of(number, [](auto& s) { s.get(static_cast<const bool*>(nullptr)); }),
             Names("int", "bool"));
   EXPECT_EQ(bad_cast_of(number, [](auto& s) { s.getp(static_cast<const double*>(nullptr)); }),
             Names("int", "double"));
-  ConstObjectPtr object = sample<ConstObjectPtr>();
+  ConstObjectPtr object = kObject;
   _value_t_pcdata_t<ConstObjectPtr> view(&object);
   EXPECT_EQ(bad_cast_of(view, [](auto& s) { s.get(static_cast<const ObjectPtr*>(nullptr)); }),
             Names("SmartPtr<SmartPtrObj const>", "SmartPtr<SmartPtrObj>"));
@@ -212,69 +162,61 @@ TEST(StorageTables, RefusedWriteNamesAssignedThenStoredKind) {
             Names("double", "_value_t_data const*"));
 }
 
+template <class R, class T>
+R read(const T& stored) {
+  return _value_t_data_t<T>(stored).get(static_cast<const R*>(nullptr));
+}
+
+template <class T, class A>
+T written(const A& assigned) {
+  _value_t_data_t<T> storage{T()};
+  storage.put(assigned);
+  return *storage.getp(static_cast<const T*>(nullptr));
+}
+
 TEST(StorageConversions, ThirtyTwoBitKindsKeepTheirBitsAndWidenBySignedness) {
-  _value_t_data_t<int> negative(-5);
-  EXPECT_EQ(negative.get(static_cast<const unsigned long*>(nullptr)), 0xFFFFFFFBUL);
-  EXPECT_EQ(negative.get(static_cast<const __int64*>(nullptr)), -5);
-  EXPECT_EQ(negative.get(static_cast<const double*>(nullptr)), -5.0);
-  _value_t_data_t<unsigned long> all_bits(0xFFFFFFFFUL);
-  EXPECT_EQ(all_bits.get(static_cast<const int*>(nullptr)), -1);
-  EXPECT_EQ(all_bits.get(static_cast<const __int64*>(nullptr)), 0xFFFFFFFFLL);
-  _value_t_data_t<bool> flag(true);
-  EXPECT_EQ(flag.get(static_cast<const int*>(nullptr)), 1);
-  EXPECT_EQ(flag.get(static_cast<const unsigned long*>(nullptr)), 1UL);
+  EXPECT_EQ(read<unsigned long>(-5), 0xFFFFFFFBUL);
+  EXPECT_EQ(read<__int64>(-5), -5);
+  EXPECT_EQ(read<double>(-5), -5.0);
+  EXPECT_EQ(read<int>(0xFFFFFFFFUL), -1);
+  EXPECT_EQ(read<__int64>(0xFFFFFFFFUL), 0xFFFFFFFFLL);
+  EXPECT_EQ(read<int>(true), 1);
+  EXPECT_EQ(read<unsigned long>(true), 1UL);
 }
 
 TEST(StorageConversions, AcceptedWritesConvertToTheStoredKind) {
-  _value_t_data_t<int> number(0);
-  number.put(0xFFFFFFFFUL);
-  EXPECT_EQ(*number.getp(static_cast<const int*>(nullptr)), -1);
-  number.put(true);
-  EXPECT_EQ(*number.getp(static_cast<const int*>(nullptr)), 1);
-  _value_t_data_t<__int64> wide(0);
-  wide.put(-1);
-  EXPECT_EQ(*wide.getp(static_cast<const __int64*>(nullptr)), -1);
-  wide.put(0xFFFFFFFFUL);
-  EXPECT_EQ(*wide.getp(static_cast<const __int64*>(nullptr)), 0xFFFFFFFFLL);
-  _value_t_data_t<double> real(0);
-  real.put(3);
-  EXPECT_EQ(*real.getp(static_cast<const double*>(nullptr)), 3.0);
-  _value_t_data_t<ConstObjectPtr> object(nullptr);
-  object.put(sample<ObjectPtr>());
-  const ConstObjectPtr* stored = object.getp(static_cast<const ConstObjectPtr*>(nullptr));
-  EXPECT_EQ(stored->get(), sample<ObjectPtr>().get());
+  EXPECT_EQ(written<int>(0xFFFFFFFFUL), -1);
+  EXPECT_EQ(written<int>(true), 1);
+  EXPECT_EQ(written<__int64>(-1), -1);
+  EXPECT_EQ(written<__int64>(0xFFFFFFFFUL), 0xFFFFFFFFLL);
+  EXPECT_EQ(written<double>(3), 3.0);
+  EXPECT_EQ(written<ConstObjectPtr>(kObject).get(), kObject.get());
 }
 
 TEST(StorageConversions, TextKindsConvertAmongThemselves) {
-  _value_t_data_t<std::string> narrow("abc");
-  EXPECT_EQ(narrow.get(static_cast<const std::wstring*>(nullptr)), L"abc");
-  EXPECT_EQ(narrow.get(static_cast<const _bstr_t*>(nullptr)), _bstr_t(L"abc"));
-  _value_t_data_t<_bstr_t> bstr(_bstr_t(L"de"));
-  EXPECT_EQ(bstr.get(static_cast<const std::string*>(nullptr)), "de");
-  narrow.put(std::wstring(L"wide"));
-  EXPECT_EQ(*narrow.getp(static_cast<const std::string*>(nullptr)), "wide");
-  _value_t_data_t<std::wstring> wide(L"");
-  wide.put(std::string("a\0b", 3));  // embedded nulls survive
-  EXPECT_EQ(wide.getp(static_cast<const std::wstring*>(nullptr))->size(), 3u);
+  EXPECT_EQ(read<std::wstring>(std::string("abc")), L"abc");
+  EXPECT_EQ(read<_bstr_t>(std::string("abc")), _bstr_t(L"abc"));
+  EXPECT_EQ(read<std::string>(_bstr_t(L"de")), "de");
+  EXPECT_EQ(written<std::string>(std::wstring(L"wide")), "wide");
+  EXPECT_EQ(written<std::wstring>(std::string("a\0b", 3)).size(), 3u);  // embedded nulls survive
 }
 
 template <size_t... S>
 void check_structure(std::index_sequence<S...>) {
   const unsigned short codes[kKinds] = {22, 19, 20, 11, 5, 8, 8, 8, 13, 13, 7};
-  auto check = [&](size_t row, auto kind) {
-    using T = decltype(kind);
+  const auto check = [&](size_t kind, const auto& value) {
     for (Form form : kForms) {
-      Subject<T> subject(form);
+      const Subject<std::decay_t<decltype(value)>> subject(form, value);
       const _value_t_data& storage = *subject.storage;
-      SCOPED_TRACE(std::string(form_name(form)) + " of " + kKindNames[row]);
-      EXPECT_EQ(storage.type(), typeid(T));
-      EXPECT_EQ(storage.vartype(), codes[row]);
-      EXPECT_EQ(storage.object(), codes[row] == 13);
-      EXPECT_EQ(storage.container(), form == Form::container);
+      SCOPED_TRACE(std::string(kFormNames[form]) + " of " + kKindNames[kind]);
+      EXPECT_EQ(storage.type(), typeid(value));
+      EXPECT_EQ(storage.vartype(), codes[kind]);
+      EXPECT_EQ(storage.object(), codes[kind] == 13);
+      EXPECT_EQ(storage.container(), form == container);
       EXPECT_EQ(storage.size(), 1u);
     }
   };
-  (check(S, Kind<S>()), ...);
+  (check(S, sample<S>()), ...);
 }
 
 TEST(StorageStructure, FormsOfOneKindShareTypeCodeAndObjectFlag) { check_structure(AllKinds()); }
@@ -288,13 +230,11 @@ TEST(StorageStructure, EmptyContainerHasSizeZeroAndRefusesFirstElementAccess) {
 
 TEST(StorageStructure, ScalarViewsIndexZeroOnly) {
   _value_t_data_t<int> scalar(4);
-  std::unique_ptr<_value_t_data> element(scalar.get(0ULL));
-  element->put(5);
+  std::unique_ptr<_value_t_data>(scalar.get(0ULL))->put(5);
   EXPECT_EQ(*scalar.getp(static_cast<const int*>(nullptr)), 5);
   EXPECT_THROW(scalar.get(1ULL), std::out_of_range);
   _value_t_cont_t<int> one(std::vector<int>{1});
-  std::unique_ptr<_value_t_data> unchecked(one.get(1ULL));
-  EXPECT_TRUE(unchecked != nullptr);
+  EXPECT_TRUE(std::unique_ptr<_value_t_data>(one.get(1ULL)) != nullptr);
 }
 
 TEST(StorageStructure, BoolContainerHasNoElementArray) {

@@ -12,27 +12,26 @@
 
 namespace {
 
-std::string from_of(const EBadCastException& e) { return std::string(e.get_value("From")); }
-std::string to_of(const EBadCastException& e) { return std::string(e.get_value("To")); }
+// "From>To" of the bad cast the call throws.
+template <class Call>
+std::string bad_cast_of(Call call) {
+  try {
+    call();
+  } catch (const EBadCastException& e) {
+    return std::string(e.get_value("From")) + ">" + std::string(e.get_value("To"));
+  }
+  return "no exception";
+}
 
 const __int64 kTwoTo32 = 0x100000000LL;
 
 TEST(ValueLenient, EveryReaderRefusesAnEmptyValueFromVoidToItsResult) {
   const _value_t empty;
-  const auto expect_void_to = [](auto read, const char* to) {
-    try {
-      read();
-      ADD_FAILURE() << "read an empty value as " << to;
-    } catch (const EBadCastException& e) {
-      EXPECT_EQ(from_of(e), "void");
-      EXPECT_EQ(to_of(e), to);
-    }
-  };
-  expect_void_to([&] { return empty.as_int(); }, "int");
-  expect_void_to([&] { return empty.as_ulong(); }, "unsigned long");
-  expect_void_to([&] { return empty.as_int64(); }, "long long");
-  expect_void_to([&] { return empty.as_bool(); }, "bool");
-  expect_void_to([&] { return empty.as_double(); }, "double");
+  EXPECT_EQ(bad_cast_of([&] { empty.as_int(); }), "void>int");
+  EXPECT_EQ(bad_cast_of([&] { empty.as_ulong(); }), "void>unsigned long");
+  EXPECT_EQ(bad_cast_of([&] { empty.as_int64(); }), "void>long long");
+  EXPECT_EQ(bad_cast_of([&] { empty.as_bool(); }), "void>bool");
+  EXPECT_EQ(bad_cast_of([&] { empty.as_double(); }), "void>double");
 }
 
 TEST(ValueLenient, DoubleTruncatesTowardZero) {
@@ -66,7 +65,7 @@ TEST(ValueLenient, TimeReadsAsItsSeconds) {
   EXPECT_FALSE(_value_t(_time_t()).as_bool());
 }
 
-TEST(ValueLenient, TextGoesThroughTheRuntimeParsers) {
+TEST(ValueLenient, TextGoesThroughTheRuntimeParsersAndNoNumberIsZero) {
   const _value_t number = "42abc";
   EXPECT_EQ(number.as_int(), 42);
   EXPECT_EQ(number.as_ulong(), 42UL);
@@ -77,10 +76,7 @@ TEST(ValueLenient, TextGoesThroughTheRuntimeParsers) {
   EXPECT_EQ(_value_t("-1").as_ulong(), 4294967295UL);  // strtoul negates
   EXPECT_EQ(_value_t(L"17").as_int(), 17);
   EXPECT_EQ(_value_t(_bstr_t(L"-8")).as_int64(), -8);
-}
-
-TEST(ValueLenient, TextThatIsNoNumberReadsAsZero) {
-  const _value_t words = "abc";
+  const _value_t words = "abc";  // no number: zero
   EXPECT_EQ(words.as_int(), 0);
   EXPECT_EQ(words.as_ulong(), 0UL);
   EXPECT_EQ(words.as_int64(), 0);
@@ -99,12 +95,8 @@ TEST(ValueLenient, TextIsTrueWhenItSaysTrueInAnyCaseOrIsANonZeroNumber) {
 }
 
 TEST(ValueLenient, BoolReadsAsZeroOrOne) {
-  const _value_t yes = true;
-  EXPECT_EQ(yes.as_int(), 1);
-  EXPECT_EQ(yes.as_ulong(), 1UL);
-  EXPECT_EQ(yes.as_int64(), 1);
-  EXPECT_EQ(yes.as_double(), 1.0);
-  EXPECT_TRUE(yes.as_bool());
+  EXPECT_EQ(_value_t(true).as_int64(), 1);
+  EXPECT_EQ(_value_t(true).as_double(), 1.0);
   EXPECT_EQ(_value_t(false).as_int64(), 0);
 }
 
@@ -127,21 +119,13 @@ TEST(ValueLenient, Int64ToIntRefusesButToUlongKeepsTheLowBits) {
   EXPECT_EQ(wide.as_int64(), kTwoTo32 + 5);
   EXPECT_TRUE(_value_t(kTwoTo32).as_bool());  // the whole value, not its low bits
   EXPECT_EQ(wide.as_double(), 4294967301.0);
-  try {
-    wide.as_int();
-    FAIL() << "as_int narrowed an __int64";
-  } catch (const EBadCastException& e) {
-    EXPECT_EQ(from_of(e), "long long");
-    EXPECT_EQ(to_of(e), "int");
-  }
+  EXPECT_EQ(bad_cast_of([&] { wide.as_int(); }), "long long>int");
 }
 
 TEST(ValueLenient, ObjectsRefuseEveryNumber) {
   const _value_t object = static_cast<SmartPtrObj*>(nullptr);
   EXPECT_THROW(object.as_int(), EBadCastException);
-  EXPECT_THROW(object.as_ulong(), EBadCastException);
   EXPECT_THROW(object.as_int64(), EBadCastException);
-  EXPECT_THROW(object.as_bool(), EBadCastException);
   EXPECT_THROW(object.as_double(), EBadCastException);
 }
 
@@ -150,14 +134,6 @@ TEST(ValueLenient, ContainerReadsItsFirstElement) {
   EXPECT_EQ(numbers.as_int(), 7);
   EXPECT_DOUBLE_EQ(_value_t(std::vector<double>{1.5, 9}).as_double(), 1.5);
   EXPECT_THROW(_value_t(std::vector<int>{}).as_int(), std::out_of_range);
-}
-
-TEST(ValueLenient, ViewsReadTheCallersVariable) {
-  int watched = 3;
-  const _value_t view = _value_t::view(watched);
-  watched = 12;
-  EXPECT_EQ(view.as_int64(), 12);
-  EXPECT_EQ(view.as_double(), 12.0);
 }
 
 }  // namespace

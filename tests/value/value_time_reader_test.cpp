@@ -12,11 +12,13 @@ namespace {
 // 2020-01-02T03:04:05 UTC.
 const __int64 kSecondsOfSample = 1577934245;
 
-TEST(ValueTimeReader, NumbersAreSecondsSinceTheEpoch) {
+TEST(ValueTimeReader, NumbersAreSecondsSinceTheEpochAndTimeIsItself) {
   EXPECT_EQ(_value_t(86400).as_time(), _time_t(86400));
   EXPECT_EQ(_value_t(-5).as_time(), _time_t(-5));
   EXPECT_EQ(_value_t(4000000000UL).as_time(), _time_t(4000000000LL));  // zero-extended
   EXPECT_EQ(_value_t(kSecondsOfSample).as_time(), _time_t(kSecondsOfSample));
+  EXPECT_EQ(_value_t(_time_t(kSecondsOfSample)).as_time(), _time_t(kSecondsOfSample));
+  EXPECT_FALSE(_value_t(_time_t::invalid).as_time().valid());
 }
 
 TEST(ValueTimeReader, DoubleTruncatesAndOutOfRangeIsInvalid) {
@@ -34,11 +36,6 @@ TEST(ValueTimeReader, TextIsTheIsoFormInUtc) {
   EXPECT_FALSE(_value_t("soon").as_time().valid());
   const _time_t sample(kSecondsOfSample);
   EXPECT_EQ(_value_t(sample.iso8601time()).as_time(), sample);
-}
-
-TEST(ValueTimeReader, TimeIsItself) {
-  EXPECT_EQ(_value_t(_time_t(kSecondsOfSample)).as_time(), _time_t(kSecondsOfSample));
-  EXPECT_FALSE(_value_t(_time_t::invalid).as_time().valid());
 }
 
 TEST(ValueTimeReader, BoolsObjectsAndEmptyValuesRefuse) {
