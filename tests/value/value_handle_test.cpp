@@ -3,22 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include "value/value_test_support.h"
+
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace {
 
-// "From>To" of the bad cast the call throws.
-template <class Call>
-std::string bad_cast_of(Call call) {
-  try {
-    call();
-  } catch (const EBadCastException& e) {
-    return std::string(e.get_value("From")) + ">" + std::string(e.get_value("To"));
-  }
-  return "no exception";
-}
+using value_test::bad_cast_of;
 
 TEST(ValueHandle, DefaultValueIsEmptyAndEveryReaderThrowsBadCastFromVoid) {
   _value_t v;

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "value/value_test_support.h"
+
 #include <climits>
 #include <cmath>
 #include <string>
@@ -12,16 +14,7 @@
 
 namespace {
 
-// "From>To" of the bad cast the call throws.
-template <class Call>
-std::string bad_cast_of(Call call) {
-  try {
-    call();
-  } catch (const EBadCastException& e) {
-    return std::string(e.get_value("From")) + ">" + std::string(e.get_value("To"));
-  }
-  return "no exception";
-}
+using value_test::bad_cast_of;
 
 const __int64 kTwoTo32 = 0x100000000LL;
 
