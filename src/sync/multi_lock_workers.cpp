@@ -178,11 +178,19 @@ bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout) {
     inner_unlock();
     throw EGeneric({"Status", status}, {"Text", "Dead-lock in multilock"});
   }
-  struct waiter_leaves {
-    std::atomic<int>& waiters;
-    ~waiter_leaves() { waiters.fetch_sub(1); }
-  } leaves{upgrade_waiters};
-  return wait_for(kSoleOwner | kFree, owner, timeout);
+  bool entered = false;
+  try {
+    entered = wait_for(kSoleOwner | kFree, owner, timeout);
+  } catch (...) {
+    upgrade_waiters.fetch_sub(1);  // interrupted while waiting
+    throw;
+  }
+  // The count drops under the inner lock, so that a dead-lock status, taken
+  // under it, always shows the waiter whose presence raised the error.
+  inner_lock(owner);
+  upgrade_waiters.fetch_sub(1);
+  inner_unlock();
+  return entered;
 }
 
 bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
