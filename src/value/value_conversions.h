@@ -11,12 +11,13 @@
 // is only instantiated for allowed pairs.
 #pragma once
 
+#include "core/bstr_text.h"
+
 #include <qz/core/codepage.h>
 #include <qz/core/com_types.h>
 #include <qz/core/smart_ptr.h>
 #include <qz/time/time.h>
 
-#include <new>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
@@ -101,13 +102,6 @@ inline basic_const_string<wchar_t> bstr_view(const _bstr_t& text) {
   return data ? basic_const_string<wchar_t>(data, text.length()) : basic_const_string<wchar_t>();
 }
 
-// A _bstr_t that owns a copy of all of `text`, embedded nulls included.
-inline _bstr_t make_bstr(const std::wstring& text) {
-  BSTR copy = ::SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-  if (!copy) throw std::bad_alloc();
-  return _bstr_t(copy, false);
-}
-
 template <class To, class From>
 To convert_text(const From& from) {
   if constexpr (std::is_same_v<To, std::string>) {
@@ -115,10 +109,10 @@ To convert_text(const From& from) {
     else return ::as_string(bstr_view(from), 0);
   } else if constexpr (std::is_same_v<To, std::wstring>) {
     if constexpr (std::is_same_v<From, std::string>) return ::as_wstring(from, 0);
-    else return bstr_view(from).str();
+    else return wide_copy(from);
   } else {
-    if constexpr (std::is_same_v<From, std::string>) return make_bstr(::as_wstring(from, 0));
-    else return make_bstr(from);
+    if constexpr (std::is_same_v<From, std::string>) return to_bstr(::as_wstring(from, 0));
+    else return to_bstr(from);
   }
 }
 

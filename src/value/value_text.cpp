@@ -97,5 +97,5 @@ std::wstring _value_t::as_wstring() {
 
 _bstr_t _value_t::as_bstr() {
   if (!data_) throw EBadCastException(typeid(void), typeid(_bstr_t));
-  return qz_detail::make_bstr(as_wstring());
+  return qz_detail::to_bstr(as_wstring());
 }
