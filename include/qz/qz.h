@@ -27,6 +27,7 @@
 // errors: the exception model
 #include <qz/errors/exceptions.h>
 #include <qz/errors/generic.h>
+#include <qz/errors/structured_exceptions.h>
 #include <qz/errors/throw.h>
 #include <qz/errors/tuning.h>
 
