@@ -1,5 +1,5 @@
 // Helpers shared by the logging tests: writers that record what they get,
-// access to a stream's protected parts, temporary files and other threads.
+// access to a stream's protected parts, the debugger's view and other threads.
 #pragma once
 
 #include <qz/logging/debug_stream.h>
@@ -7,8 +7,6 @@
 
 #include <windows.h>
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -82,38 +80,6 @@ inline bool FreeForOtherThreads(HANDLE mutex) {
 }
 
 inline bool FreeForOtherThreads(const TDebugStream& s) { return FreeForOtherThreads(Peek::MutexOf(s)); }
-
-// A file name in the temporary folder, unique to this process and object;
-// the file is deleted when the object ends.
-class TempPath {
- public:
-  explicit TempPath(const char* folder_part = "") {
-    static int serial = 0;
-    char folder[MAX_PATH];
-    GetTempPathA(MAX_PATH, folder);
-    path_ = std::string(folder) + folder_part + "qz-logging-test-" + std::to_string(GetCurrentProcessId()) + "-" +
-            std::to_string(++serial) + ".log";
-    wide_.assign(path_.begin(), path_.end());  // the temporary folder is ASCII
-  }
-  ~TempPath() { DeleteFileA(path_.c_str()); }
-  TempPath(const TempPath&) = delete;
-  TempPath& operator=(const TempPath&) = delete;
-
-  const std::string& narrow() const { return path_; }
-  const wchar_t* wide() const { return wide_.c_str(); }
-  bool Exists() const { return GetFileAttributesA(path_.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
-  // The whole file, byte for byte; readable while a writer holds it open.
-  std::string Contents() const {
-    std::ifstream in(path_, std::ios::binary);
-    return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "<cannot open>";
-  }
-  void Put(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
-
- private:
-  std::string path_;
-  std::wstring wide_;
-};
 
 // Catches what OutputDebugStringA hands the debugger while it lives: the
 // system raises a first-chance exception carrying the text, which a vectored

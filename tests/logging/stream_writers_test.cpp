@@ -5,13 +5,14 @@
 #include <qz/logging/permanent_file_writer.h>
 
 #include "logging/logging_test_support.h"
+#include "support/temp_path.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using logging_test::DebuggerOutput;
-using logging_test::TempPath;
+using qz_test::TempPath;
 
 TEST(DebugWriter, SendsTheWholeZeroTerminatedTextWhateverTheLength) {
   DebuggerOutput debugger;
@@ -35,7 +36,7 @@ TEST(FileWriter, AppendsTheBytesAsWrittenAndLeavesTheFileFreeBetweenWrites) {
   writer.StreamWriteString("a\nb\r\n", 5);
   writer.StreamWriteString(std::string("z\0\x1a", 3).data(), 3);
   EXPECT_EQ(path.Contents(), std::string("a\nb\r\nz\0\x1a", 8));
-  EXPECT_TRUE(DeleteFileA(path.narrow().c_str()));
+  EXPECT_TRUE(DeleteFileA(path.narrow()));
   path.Put("old\n");
   writer.StreamWriteString("new\n", 4);
   EXPECT_EQ(path.Contents(), "old\nnew\n");
@@ -49,7 +50,7 @@ TEST(PermanentFileWriter, ExpandsEveryLineFeedToCarriageReturnLineFeedEvenInLong
     expected += "line " + std::to_string(i) + "\r\n";
   }
   {
-    TPermanentFileWriter writer(path.narrow().c_str());
+    TPermanentFileWriter writer(path.narrow());
     writer.StreamWriteString("a\r\nb\n", 5);
     writer.StreamWriteString("\n\nc", 3);
     writer.StreamWriteString(text.data(), text.size());
@@ -69,9 +70,9 @@ TEST(PermanentFileWriter, AppendsToExistingContentAndCanBeReadWhileOpen) {
 }
 
 TEST(FileWriters, UnopenableFileAcceptsWritesAndDoesNothing) {
-  TempPath path("qz-no-such-folder\\");
+  TempPath path(L"qz-no-such-folder\\");
   TFileWriter per_write(path.narrow());
-  TPermanentFileWriter narrow(path.narrow().c_str());
+  TPermanentFileWriter narrow(path.narrow());
   TPermanentFileWriter wide(path.wide());
   TPermanentFileWriter none(static_cast<const char*>(nullptr));
   for (TStreamWriter* w : std::initializer_list<TStreamWriter*>{&per_write, &narrow, &wide, &none})

@@ -1,7 +1,9 @@
 #include <qz/os/file.h>
 #include <qz/os/file_mapping.h>
 
-#include "os/os_test_support.h"
+#include "support/error_code.h"
+#include "support/temp_path.h"
+#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +12,9 @@
 
 namespace {
 
-using os_test::CodeOf;
-using os_test::TempPath;
-using os_test::UniqueName;
+using qz_test::CodeOf;
+using qz_test::TempPath;
+using qz_test::UniqueName;
 
 // Views start at multiples of the allocation granularity.
 constexpr DWORD kGranularity = 65536;

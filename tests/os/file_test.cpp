@@ -1,6 +1,7 @@
 #include <qz/os/file.h>
 
-#include "os/os_test_support.h"
+#include "support/error_code.h"
+#include "support/temp_path.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +9,8 @@
 
 namespace {
 
-using os_test::CodeOf;
-using os_test::TempPath;
+using qz_test::CodeOf;
+using qz_test::TempPath;
 
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 

@@ -1,15 +1,16 @@
 #include <qz/os/handle.h>
 
-#include "os/os_test_support.h"
+#include "support/error_code.h"
+#include "support/raw_event.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using os_test::CodeOf;
-using os_test::IsSignaled;
+using qz_test::CodeOf;
+using qz_test::IsSignaled;
 
-using os_test::RawEvent;
+using qz_test::RawEvent;
 
 // A value no handle table hands out.
 HANDLE BogusHandle() { return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x7ffffff0)); }

@@ -1,7 +1,10 @@
 #include <qz/os/mailslot.h>
 #include <qz/os/overlapped.h>
 
-#include "os/os_test_support.h"
+#include "support/error_code.h"
+#include "support/raw_event.h"
+#include "support/temp_path.h"
+#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +12,9 @@
 
 namespace {
 
-using os_test::CodeOf;
-using os_test::TempPath;
-using os_test::UniqueName;
+using qz_test::CodeOf;
+using qz_test::TempPath;
+using qz_test::UniqueName;
 
 // The two ends of a named pipe, both opened for overlapped I/O.
 struct OverlappedPipe {
@@ -37,7 +40,7 @@ DWORD Finish(TOverlapped<TFile>& io, HANDLE done) {
   return transferred;
 }
 
-using Event = os_test::RawEvent;
+using Event = qz_test::RawEvent;
 
 TEST(TOverlapped, PendingReadCompletesThroughGetOverlappedResult) {
   OverlappedPipe pipe;

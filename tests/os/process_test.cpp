@@ -1,12 +1,12 @@
 #include <qz/os/process.h>
 
-#include "os/os_test_support.h"
+#include "support/error_code.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using os_test::CodeOf;
+using qz_test::CodeOf;
 
 DWORD ExitCodeOf(const TProcess& process) {
   EXPECT_EQ(process.WaitForSingleObject(60000, TRUE), static_cast<DWORD>(WAIT_OBJECT_0));

@@ -1,7 +1,8 @@
 #include <qz/sync/event.h>
 #include <qz/sync/mutex.h>
 
-#include "sync/sync_test_support.h"
+#include "support/error_code.h"
+#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +10,8 @@
 
 namespace {
 
-using sync_test::CodeOf;
-using sync_test::UniqueName;
+using qz_test::CodeOf;
+using qz_test::UniqueName;
 
 TEST(TEvent, DefaultIsManualResetAndNotSignalled) {
   TEvent event;

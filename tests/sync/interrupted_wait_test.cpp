@@ -5,15 +5,15 @@
 #include <qz/sync/mutex.h>
 #include <qz/sync/semaphore.h>
 
-#include "sync/sync_test_support.h"
+#include "support/test_threads.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using sync_test::Eventually;
-using sync_test::MarkRan;
-using sync_test::WorkerThread;
+using qz_test::Eventually;
+using qz_test::MarkRan;
+using qz_test::WorkerThread;
 
 // One wrapper seen through its two waits, with the object made unavailable
 // beforehand and `release` making it available again.

@@ -1,95 +1,22 @@
-// Helpers shared by the multi-lock tests: a thread that runs steps on
-// request, a lock that shows its insides, and status texts to compare with.
+// Helpers shared by the multi-lock tests: a lock that shows its insides,
+// status texts to compare with, and the shared test threads.
 #pragma once
 
 #include <qz/errors/exceptions.h>
 #include <qz/sync/multi_lock.h>
 
-#include "sync/sync_test_support.h"
+#include "support/test_threads.h"
 
 #include <windows.h>
 
-#include <atomic>
-#include <exception>
-#include <functional>
 #include <string>
 
 namespace multi_lock_test {
 
-using sync_test::Eventually;
-using sync_test::MarkRan;
-
-// A thread of the system that runs one step at a time for the test, so that
-// a test can say which thread takes which hold. Every wait for it is
-// bounded: a step that hangs fails the test instead of hanging it.
-class Actor {
- public:
-  Actor() {
-    work_ready_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    work_done_ = CreateEventW(nullptr, TRUE, TRUE, nullptr);
-    thread_ = CreateThread(nullptr, 0, &Actor::Loop, this, 0, &id_);
-  }
-  ~Actor() {
-    if (Finished(10000)) {
-      quit_ = true;
-      SetEvent(work_ready_);
-    }
-    if (WaitForSingleObject(thread_, 10000) != WAIT_OBJECT_0) TerminateThread(thread_, 1);
-    CloseHandle(thread_);
-    CloseHandle(work_ready_);
-    CloseHandle(work_done_);
-  }
-  Actor(const Actor&) = delete;
-  Actor& operator=(const Actor&) = delete;
-
-  DWORD id() const { return id_; }
-  HANDLE handle() const { return thread_; }
-
-  // Starts `step` on the actor; the previous step must have finished.
-  void Start(std::function<void()> step) {
-    step_ = std::move(step);
-    error_ = nullptr;
-    ResetEvent(work_done_);
-    SetEvent(work_ready_);
-  }
-  // Whether the current step has finished within `ms`.
-  bool Finished(DWORD ms = 10000) const { return WaitForSingleObject(work_done_, ms) == WAIT_OBJECT_0; }
-  // Runs `step` on the actor and waits (bounded) for it; false if it did
-  // not finish. An exception the step threw is thrown here.
-  bool Run(std::function<void()> step) {
-    Start(std::move(step));
-    if (!Finished()) return false;
-    Rethrow();
-    return true;
-  }
-  // Throws what the finished step threw, if anything.
-  void Rethrow() const {
-    if (error_) std::rethrow_exception(error_);
-  }
-
- private:
-  static DWORD WINAPI Loop(void* self) {
-    auto* actor = static_cast<Actor*>(self);
-    for (;;) {
-      WaitForSingleObject(actor->work_ready_, INFINITE);
-      if (actor->quit_) return 0;
-      try {
-        actor->step_();
-      } catch (...) {
-        actor->error_ = std::current_exception();
-      }
-      SetEvent(actor->work_done_);
-    }
-  }
-
-  std::function<void()> step_;
-  std::exception_ptr error_;
-  std::atomic<bool> quit_{false};
-  HANDLE work_ready_;
-  HANDLE work_done_;
-  HANDLE thread_;
-  DWORD id_ = 0;
-};
+using qz_test::Actor;
+using qz_test::Eventually;
+using qz_test::MarkRan;
+using qz_test::ThrowInterrupt;
 
 // A TMultiLock that shows its owners list and events.
 class ProbedLock : public TMultiLock {
@@ -130,8 +57,5 @@ class ReleaseOnExit {
 inline std::string Read(DWORD id) { return std::to_string(id) + ":R"; }
 inline std::string Write(DWORD id) { return std::to_string(id) + ":W"; }
 inline DWORD Me() { return GetCurrentThreadId(); }
-
-// Queued to a thread, throws the interruption inside its alertable wait.
-inline void CALLBACK ThrowInterrupt(ULONG_PTR) { throw EThreadInterrupt(); }
 
 }  // namespace multi_lock_test

@@ -1,15 +1,17 @@
 #include <qz/sync/mutex.h>
 #include <qz/sync/tlock.h>
 
-#include "sync/sync_test_support.h"
+#include "support/error_code.h"
+#include "support/test_threads.h"
+#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using sync_test::CodeOf;
-using sync_test::UniqueName;
-using sync_test::WorkerThread;
+using qz_test::CodeOf;
+using qz_test::UniqueName;
+using qz_test::WorkerThread;
 
 // Whether another thread can take `mutex` right now (and gives it back).
 bool FreeForOthers(TMutex& mutex) {

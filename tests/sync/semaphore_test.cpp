@@ -1,13 +1,14 @@
 #include <qz/sync/semaphore.h>
 
-#include "sync/sync_test_support.h"
+#include "support/error_code.h"
+#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using sync_test::CodeOf;
-using sync_test::UniqueName;
+using qz_test::CodeOf;
+using qz_test::UniqueName;
 
 TEST(TSemaphore, CountsAgainstTheMaximumAndReleaseReturnsThePreviousCount) {
   TSemaphore semaphore(5, 1);  // the maximum comes before the initial count

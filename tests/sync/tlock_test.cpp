@@ -1,12 +1,12 @@
 #include <qz/sync/tlock.h>
 
-#include "sync/sync_test_support.h"
+#include "support/error_code.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using sync_test::CodeOf;
+using qz_test::CodeOf;
 
 // Counts the calls it gets; timed locks answer `grant`.
 class CountingLock : public ILock {

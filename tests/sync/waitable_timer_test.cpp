@@ -1,14 +1,15 @@
 #include <qz/sync/event.h>
 #include <qz/sync/waitable_timer.h>
 
-#include "sync/sync_test_support.h"
+#include "support/error_code.h"
+#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using sync_test::CodeOf;
-using sync_test::UniqueName;
+using qz_test::CodeOf;
+using qz_test::UniqueName;
 
 bool Fires(const TWaitableTimer& timer, DWORD ms = 10000) {
   return timer.WaitForSingleObject(ms, FALSE) == WAIT_OBJECT_0;
