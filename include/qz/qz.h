@@ -20,9 +20,7 @@
 // value: the variant value
 #include <qz/value/property_list.h>
 #include <qz/value/value.h>
-#include <qz/value/value_data.h>
 #include <qz/value/value_kinds.h>
-#include <qz/value/value_storage.h>
 
 // errors: the exception model
 #include <qz/errors/exceptions.h>
@@ -36,10 +34,6 @@
 #include <qz/sync/event.h>
 #include <qz/sync/lock.h>
 #include <qz/sync/multi_lock.h>
-#include <qz/sync/multi_lock_common.h>
-#include <qz/sync/multi_lock_inner_lock.h>
-#include <qz/sync/multi_lock_owners_list.h>
-#include <qz/sync/multi_lock_signal_event.h>
 #include <qz/sync/multi_lock_with_notify.h>
 #include <qz/sync/mutex.h>
 #include <qz/sync/semaphore.h>

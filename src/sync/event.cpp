@@ -3,13 +3,6 @@
 
 #include "sync/named_object_security.h"
 
-namespace {
-
-// Named events are shared across accounts on purpose: see the header.
-constexpr bool kEventsOpenToEveryone = true;
-
-}  // namespace
-
 TEvent::TEvent(bool manual_reset, bool initially_signaled) {
   CreateEventW(manual_reset, initially_signaled);
 }
@@ -27,12 +20,13 @@ void TEvent::CreateEventW(bool manual_reset, bool initially_signaled) {
 }
 
 void TEvent::CreateEventW(bool manual_reset, bool initially_signaled, const char* name) {
-  qz_detail::named_object_security security(kEventsOpenToEveryone);
+  // Named events are shared across accounts on purpose: see the header.
+  qz_detail::named_object_security security(qz_detail::named_object_access::everyone);
   StoreCreated(::CreateEventA(security.get(), manual_reset, initially_signaled, name));
 }
 
 void TEvent::CreateEventW(bool manual_reset, bool initially_signaled, const wchar_t* name) {
-  qz_detail::named_object_security security(kEventsOpenToEveryone);
+  qz_detail::named_object_security security(qz_detail::named_object_access::everyone);
   StoreCreated(::CreateEventW(security.get(), manual_reset, initially_signaled, name));
 }
 

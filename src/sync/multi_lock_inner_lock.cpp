@@ -1,4 +1,4 @@
-#include <qz/sync/multi_lock_inner_lock.h>
+#include <qz/sync/internal/multi_lock_inner_lock.h>
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include <qz/sync/multi_lock_owners_list.h>
+#include <qz/sync/internal/multi_lock_owners_list.h>
 
 #include <cstdlib>
 #include <cstring>

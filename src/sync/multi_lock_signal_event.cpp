@@ -1,4 +1,4 @@
-#include <qz/sync/multi_lock_signal_event.h>
+#include <qz/sync/internal/multi_lock_signal_event.h>
 
 namespace {
 

@@ -16,12 +16,12 @@ class TMultiLockWithNotify::hooks_of : public _ml_lock_hooks {
 
 bool TMultiLockWithNotify::_read_lock_notify(unsigned int timeout, _owner_id owner) {
   hooks_of hooks(*this);
-  return read_lock_as(timeout, owner, false, &hooks);
+  return read_lock_as(timeout, owner, _ml_common::_hold_t::thread_bound, &hooks);
 }
 
 bool TMultiLockWithNotify::_read_lock_notify_independent(unsigned int timeout, _owner_id owner) {
   hooks_of hooks(*this);
-  return read_lock_as(timeout, owner, true, &hooks);
+  return read_lock_as(timeout, owner, _ml_common::_hold_t::thread_independent, &hooks);
 }
 
 bool TMultiLockWithNotify::_write_lock_notify(unsigned int timeout, _owner_id owner) {

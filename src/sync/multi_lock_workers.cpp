@@ -17,11 +17,11 @@ constexpr unsigned int kLockedWrite = _ml_common::locked_write;
 }  // namespace
 
 bool TMultiLock::_read_lock(unsigned int timeout, _owner_id owner) {
-  return read_lock_as(timeout, owner, false, nullptr);
+  return read_lock_as(timeout, owner, _ml_common::_hold_t::thread_bound, nullptr);
 }
 
 bool TMultiLock::_read_lock_independent(unsigned int timeout, _owner_id owner) {
-  return read_lock_as(timeout, owner, true, nullptr);
+  return read_lock_as(timeout, owner, _ml_common::_hold_t::thread_independent, nullptr);
 }
 
 bool TMultiLock::_write_lock(unsigned int timeout, _owner_id owner) {
@@ -33,23 +33,17 @@ bool TMultiLock::_write_lock_independent(unsigned int timeout, _owner_id owner) 
 }
 
 void TMultiLock::append(_owner_id entry) {
-  try {
-    insert_me(entry);
-  } catch (...) {
-    inner_unlock();
-    throw;
-  }
+  leaving_inner_lock_on_throw([&] { insert_me(entry); });
 }
 
 // An unlocked lock has an empty list, so the first entry never needs room
 // and the state found by the exchange can be kept without a way back.
-bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, bool independent,
+bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, _ml_common::_hold_t hold,
                               _ml_lock_hooks* hooks) {
   for (;;) {
     inner_lock(owner);
     unsigned int found = kNotLocked;
     state.compare_exchange_strong(found, kLockedRead);
-    unsigned int mask;
     if (found == kNotLocked) {
       insert_me_read(owner);
       if (hooks != nullptr)
@@ -63,28 +57,16 @@ bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, bool indepe
       unsignal(kSoleOwner);
       return true;
     }
-    if (found != kLockedWrite) {
-      inner_unlock();
-      return false;
-    }
     // Written: only the writer itself reads on at once. A thread-independent
     // reader is nobody's writer and always waits.
-    const _ml_common::_shares_t shares = independent ? _ml_common::shares_none : count_my_shares(owner);
-    switch (shares) {
-      case _ml_common::shares_all:
-        append(owner & ~_ml_common::write_bit);
-        inner_unlock();
-        return true;
-      case _ml_common::shares_none:
-        mask = kReadOpen | kFree;
-        break;
-      case _ml_common::shares_some:
-        mask = kReadOpen | kSoleOwner | kFree;
-        break;
-      default:
-        inner_unlock();
-        return false;
+    const _ml_common::_shares_t shares =
+        hold == _ml_common::_hold_t::thread_independent ? _ml_common::shares_none : count_my_shares(owner);
+    if (shares == _ml_common::shares_all) {
+      append(owner & ~_ml_common::write_bit);
+      inner_unlock();
+      return true;
     }
+    const unsigned int mask = shares == _ml_common::shares_none ? kReadOpen | kFree : kReadOpen | kSoleOwner | kFree;
     // A writer is inside, so the lock is not open to readers, yet the bit
     // may still be up from the last time a writer left readers behind (only
     // an upgrade lowers it otherwise). Left up, it would end this wait at
@@ -105,58 +87,41 @@ void TMultiLock::first_read_notified(_ml_lock_hooks& hooks, _owner_id owner) {
   signal(kReadOpen);
 }
 
+// The state holds only the three values, so past "not locked" the lock is
+// read or written.
 bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
   for (;;) {
     inner_lock(owner);
     unsigned int found = kNotLocked;
     state.compare_exchange_strong(found, kLockedWrite);
-    unsigned int mask;
     if (found == kNotLocked) {
       insert_me_write(owner);
       unsignal(kFree);
       if (hooks != nullptr) hooks->first_write();
       return true;
     }
-    if (found == kLockedRead) {
-      switch (count_my_shares(owner)) {
-        case _ml_common::shares_none:
-          mask = kFree;
-          break;
-        case _ml_common::shares_all:
-          // Upgrade: every reader is the caller. The entry goes in first so
-          // that a list that cannot grow leaves the state as it was.
-          append(owner | _ml_common::write_bit);
-          state.store(kLockedWrite);
-          unsignal(kReadOpen);
-          if (hooks != nullptr) hooks->write_after_read();
-          return true;
-        case _ml_common::shares_some:
-          if (!wait_to_upgrade(owner, timeout)) return false;
-          continue;
-        default:
-          inner_unlock();
-          return false;
-      }
-    } else if (found == kLockedWrite) {
-      switch (count_my_shares(owner)) {
-        case _ml_common::shares_all:
-          append(owner | _ml_common::write_bit);
-          inner_unlock();
-          return true;
-        case _ml_common::shares_none:
-          mask = kFree;
-          break;
-        case _ml_common::shares_some:
-          mask = kSoleOwner | kFree;
-          break;
-        default:
-          inner_unlock();
-          return false;
-      }
-    } else {
-      inner_unlock();
-      return false;
+    const _ml_common::_shares_t shares = count_my_shares(owner);
+    if (found == kLockedRead && shares == _ml_common::shares_all) {
+      // Upgrade: every reader is the caller. The entry goes in first so
+      // that a list that cannot grow leaves the state as it was.
+      append(owner | _ml_common::write_bit);
+      state.store(kLockedWrite);
+      unsignal(kReadOpen);
+      if (hooks != nullptr) hooks->write_after_read();
+      return true;
     }
+    if (found == kLockedRead && shares == _ml_common::shares_some) {
+      if (!wait_to_upgrade(owner, timeout)) return false;
+      continue;
+    }
+    if (found == kLockedWrite && shares == _ml_common::shares_all) {
+      append(owner | _ml_common::write_bit);
+      inner_unlock();
+      return true;
+    }
+    // A stranger waits for the lock to be free; a writer's own reader that
+    // shares it with others waits to be its sole owner again.
+    const unsigned int mask = shares == _ml_common::shares_none ? kFree : kSoleOwner | kFree;
     if (!wait_for(mask, owner, timeout)) return false;
   }
 }
@@ -168,13 +133,7 @@ bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout) {
     upgrade_waiters.fetch_sub(1);
     // The status is taken before the inner lock is left: afterwards the
     // waiting upgrader may already be gone from it.
-    std::string status;
-    try {
-      status = status_text();
-    } catch (...) {
-      inner_unlock();
-      throw;
-    }
+    const std::string status = leaving_inner_lock_on_throw([this] { return status_text(); });
     inner_unlock();
     throw EGeneric({"Status", status}, {"Text", "Dead-lock in multilock"});
   }
@@ -203,10 +162,6 @@ bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner
       unsignal(kFree);
       if (hooks != nullptr) hooks->first_write();
       return true;
-    }
-    if (found != kLockedRead && found != kLockedWrite) {
-      inner_unlock();
-      return false;
     }
     if (!wait_for(kFree, owner, timeout)) return false;
   }

@@ -14,12 +14,12 @@ void TMutex::CreateMutexW(bool initial_owner) {
 }
 
 void TMutex::CreateMutexW(const char* name, bool initial_owner) {
-  qz_detail::named_object_security security(false);
+  qz_detail::named_object_security security(qz_detail::named_object_access::creator_default);
   StoreCreated(::CreateMutexA(security.get(), initial_owner, name));
 }
 
 void TMutex::CreateMutexW(const wchar_t* name, bool initial_owner) {
-  qz_detail::named_object_security security(false);
+  qz_detail::named_object_security security(qz_detail::named_object_access::creator_default);
   StoreCreated(::CreateMutexW(security.get(), initial_owner, name));
 }
 

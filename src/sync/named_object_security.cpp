@@ -4,10 +4,10 @@
 
 namespace qz_detail {
 
-named_object_security::named_object_security(bool open_to_everyone) : descriptor_(), attributes_() {
+named_object_security::named_object_security(named_object_access access) : descriptor_(), attributes_() {
   if (!InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION))
     ThrowSystemException();
-  if (open_to_everyone && !SetSecurityDescriptorDacl(&descriptor_, TRUE, nullptr, FALSE))
+  if (access == named_object_access::everyone && !SetSecurityDescriptorDacl(&descriptor_, TRUE, nullptr, FALSE))
     ThrowSystemException();
   attributes_.nLength = sizeof attributes_;
   attributes_.lpSecurityDescriptor = &descriptor_;

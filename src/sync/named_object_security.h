@@ -5,15 +5,21 @@
 
 namespace qz_detail {
 
+// Who may open a named object that qz creates.
+enum class named_object_access {
+  // The system applies the creator's default rights.
+  creator_default,
+  // The descriptor says an access list is present but leaves it null, which
+  // grants every user full access; an object made so can be shared with
+  // processes of other accounts.
+  everyone,
+};
+
 // Full-length, non-inheritable attributes around a freshly initialised
-// descriptor (no owner, no group, no access list). With `open_to_everyone`
-// the descriptor says an access list is present but leaves it null, which
-// grants every user full access; an event made so can be shared with
-// processes of other accounts. Without it the system applies the creator's
-// default rights.
+// descriptor (no owner, no group, no access list), open as `access` says.
 class named_object_security {
  public:
-  explicit named_object_security(bool open_to_everyone);
+  explicit named_object_security(named_object_access access);
   named_object_security(const named_object_security&) = delete;
   named_object_security& operator=(const named_object_security&) = delete;
 

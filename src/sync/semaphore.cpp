@@ -20,12 +20,12 @@ void TSemaphore::CreateSemaphoreW(long maximum, long initial) {
 }
 
 void TSemaphore::CreateSemaphoreW(long maximum, long initial, const char* name) {
-  qz_detail::named_object_security security(false);
+  qz_detail::named_object_security security(qz_detail::named_object_access::creator_default);
   StoreCreated(::CreateSemaphoreA(security.get(), initial, maximum, name));
 }
 
 void TSemaphore::CreateSemaphoreW(long maximum, long initial, const wchar_t* name) {
-  qz_detail::named_object_security security(false);
+  qz_detail::named_object_security security(qz_detail::named_object_access::creator_default);
   StoreCreated(::CreateSemaphoreW(security.get(), initial, maximum, name));
 }
 

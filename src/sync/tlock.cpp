@@ -1,4 +1,4 @@
-#include <qz/errors/exceptions.h>
+#include <qz/errors/throw.h>
 #include <qz/sync/tlock.h>
 
 #include <windows.h>
@@ -24,7 +24,7 @@ TLock::TLock(const ILock* target, unsigned int timeout) : lock(const_cast<ILock*
 }
 
 void TLock::Take(unsigned int timeout) {
-  if (!Lock(timeout)) throw ESystemException(static_cast<int>(WAIT_TIMEOUT));
+  if (!Lock(timeout)) ThrowSystemException(WAIT_TIMEOUT);
 }
 
 TLock::~TLock() noexcept(false) { Unlock(); }

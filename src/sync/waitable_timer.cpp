@@ -25,12 +25,12 @@ void TWaitableTimer::CreateTimer(bool manual_reset) {
 }
 
 void TWaitableTimer::CreateTimer(const char* name, bool manual_reset) {
-  qz_detail::named_object_security security(false);
+  qz_detail::named_object_security security(qz_detail::named_object_access::creator_default);
   StoreTimer(::CreateWaitableTimerA(security.get(), manual_reset, name));
 }
 
 void TWaitableTimer::CreateTimer(const wchar_t* name, bool manual_reset) {
-  qz_detail::named_object_security security(false);
+  qz_detail::named_object_security security(qz_detail::named_object_access::creator_default);
   StoreTimer(::CreateWaitableTimerW(security.get(), manual_reset, name));
 }
 

@@ -2,7 +2,7 @@
 
 #include "value/value_scalar_ops.h"
 
-#include <qz/value/value_storage.h>
+#include <qz/value/internal/value_storage.h>
 
 namespace qz_detail {
 

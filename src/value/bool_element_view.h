@@ -10,7 +10,7 @@
 // Thread safety: as the other views, none.
 #pragma once
 
-#include <qz/value/value_data.h>
+#include <qz/value/internal/value_data.h>
 
 #include <vector>
 

@@ -31,7 +31,7 @@ class write_hold {
 
 // The runtime's compare has no answer for a null text; a null name is the
 // empty one.
-const wchar_t* text_of(const _bstr_t& name) noexcept {
+const wchar_t* name_chars(const _bstr_t& name) noexcept {
   const wchar_t* text = name;
   return text != nullptr ? text : L"";
 }
@@ -39,7 +39,7 @@ const wchar_t* text_of(const _bstr_t& name) noexcept {
 }  // namespace
 
 bool _pl_name_less::operator()(const _bstr_t& a, const _bstr_t& b) const noexcept {
-  return _wcsicmp(text_of(a), text_of(b)) < 0;
+  return _wcsicmp(name_chars(a), name_chars(b)) < 0;
 }
 
 // The lock's construction argument is the one every property list passes.

@@ -1,6 +1,6 @@
 // The root of the storage family: every typed operation refuses, so a form
 // only overrides what its kind supports.
-#include <qz/value/value_data.h>
+#include <qz/value/internal/value_data.h>
 
 #include "value/value_conversions.h"
 

@@ -1,20 +1,20 @@
 // _value_t: element views and appending.
 #include <qz/value/value.h>
 
-#include <qz/errors/exceptions.h>
+#include "value/value_access.h"
 
 #include <memory>
 
 // The writable view deliberately skips copy on write: writing through it
 // reaches every handle that shares the storage.
 _value_t _value_t::operator[](unsigned __int64 index) {
-  if (!data_) throw EBadCastException(typeid(void), typeid(const _value_t_data*));
+  qz_detail::stored_or_throw(data_, typeid(const _value_t_data*));
   return _value_t(data_->get(index));
 }
 
 const _value_t _value_t::operator[](unsigned __int64 index) const {
-  if (!data_) throw EBadCastException(typeid(void), typeid(const _value_t_data*));
-  return _value_t(static_cast<const _value_t_data*>(data_)->get(index));
+  const _value_t_data& data = qz_detail::stored_or_throw(data_, typeid(const _value_t_data*));
+  return _value_t(data.get(index));
 }
 
 // An empty value becomes a scalar and a scalar becomes a container of its own
@@ -59,7 +59,7 @@ void _value_t::push_back(const SmartPtrObj* v) {
 // are read from `v` as the container's kind.
 void _value_t::push_back(const _value_t& v) {
   if (!data_) {
-    if (!v.data_) throw EBadCastException(typeid(void), typeid(void));
+    qz_detail::stored_or_throw(v.data_, typeid(void));
     return reset(v.data_->clone());
   }
   append(v);

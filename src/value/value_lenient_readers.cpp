@@ -7,7 +7,7 @@
 // number from an object) refuses there with the storage's bad cast.
 #include <qz/value/value.h>
 
-#include "value/lenient_numbers.h"
+#include "value/value_access.h"
 
 #include <qz/errors/exceptions.h>
 
@@ -23,7 +23,7 @@ namespace {
 
 // The text kinds all read as the narrow string; the parsers stop at the
 // first character that does not fit, and give 0 for no number at all.
-std::string text_of(const _value_t_data& data) { return read_as<std::string>(data); }
+std::string stored_text(const _value_t_data& data) { return read_as<std::string>(data); }
 
 }  // namespace
 
@@ -32,7 +32,7 @@ int _value_t::as_int() const {
   switch (data.vartype()) {
     case VT_R8: return truncated<int>(read_as<double>(data));
     case VT_DATE: return static_cast<int>(seconds_of(data));
-    case VT_BSTR: return atoi(text_of(data).c_str());
+    case VT_BSTR: return atoi(stored_text(data).c_str());
     case VT_BOOL: return read_as<bool>(data) ? 1 : 0;
     case VT_UI4: return static_cast<int>(read_as<unsigned long>(data));
     case VT_INT: return read_as<int>(data);
@@ -45,7 +45,7 @@ unsigned long _value_t::as_ulong() const {
   switch (data.vartype()) {
     case VT_R8: return static_cast<unsigned long>(truncated<__int64>(read_as<double>(data)));
     case VT_DATE: return static_cast<unsigned long>(seconds_of(data));
-    case VT_BSTR: return strtoul(text_of(data).c_str(), nullptr, 10);
+    case VT_BSTR: return strtoul(stored_text(data).c_str(), nullptr, 10);
     case VT_BOOL: return read_as<bool>(data) ? 1 : 0;
     case VT_UI4: return read_as<unsigned long>(data);
     case VT_I8: return static_cast<unsigned long>(read_as<__int64>(data));
@@ -61,7 +61,7 @@ __int64 _value_t::as_int64() const {
   switch (data.vartype()) {
     case VT_R8: return truncated<int>(read_as<double>(data));
     case VT_DATE: return seconds_of(data);
-    case VT_BSTR: return _atoi64(text_of(data).c_str());
+    case VT_BSTR: return _atoi64(stored_text(data).c_str());
     case VT_BOOL: return read_as<bool>(data) ? 1 : 0;
     case VT_UI4: return read_as<unsigned long>(data);
     case VT_I8: return read_as<__int64>(data);
@@ -76,7 +76,7 @@ bool _value_t::as_bool() const {
     case VT_R8: return truncated<int>(read_as<double>(data)) != 0;
     case VT_DATE: return seconds_of(data) != 0;
     case VT_BSTR: {
-      const std::string text = text_of(data);
+      const std::string text = stored_text(data);
       return _stricmp(text.c_str(), "true") == 0 || atoi(text.c_str()) != 0;
     }
     case VT_BOOL: return read_as<bool>(data);
@@ -92,7 +92,7 @@ double _value_t::as_double() const {
   switch (data.vartype()) {
     case VT_R8: return read_as<double>(data);
     case VT_DATE: return static_cast<double>(seconds_of(data));
-    case VT_BSTR: return atof(text_of(data).c_str());
+    case VT_BSTR: return atof(stored_text(data).c_str());
     case VT_BOOL: return read_as<bool>(data) ? 1.0 : 0.0;
     case VT_UI4: return read_as<unsigned long>(data);
     case VT_I8: return static_cast<double>(read_as<__int64>(data));

@@ -2,14 +2,13 @@
 // reader but the refusal of an empty value.
 #include <qz/value/value.h>
 
-#include <qz/errors/exceptions.h>
+#include "value/value_access.h"
 
 namespace {
 
 template <class T>
 T read(const _value_t_data* data) {
-  if (!data) throw EBadCastException(typeid(void), typeid(T));
-  return data->get(static_cast<const T*>(nullptr));
+  return qz_detail::read_as<T>(qz_detail::stored_or_throw(data, typeid(T)));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include "value/value_conversions.h"
 
-#include <qz/value/value_data.h>
+#include <qz/value/internal/value_data.h>
 
 #include <stdexcept>
 #include <type_traits>

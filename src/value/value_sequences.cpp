@@ -6,7 +6,7 @@
 // its one value.
 #include <qz/value/value.h>
 
-#include <qz/errors/exceptions.h>
+#include "value/value_access.h"
 
 #include <memory>
 
@@ -19,7 +19,7 @@ void append(Sequence& items, T item) {
 
 template <class T, class Sequence>
 Sequence read_sequence(const _value_t_data* data) {
-  if (!data) throw EBadCastException(typeid(void), typeid(Sequence));
+  qz_detail::stored_or_throw(data, typeid(Sequence));
   // A container of T itself copies without an element view per item.
   if (const auto* same = dynamic_cast<const _value_t_cont_t<T>*>(data)) {
     return Sequence(same->items().begin(), same->items().end());

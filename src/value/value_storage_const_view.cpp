@@ -1,6 +1,6 @@
 // _value_t_pcdata_t<T>: a read-only view on a caller's constant. Every write
 // (put, the writable element view) is left to the root, which refuses it.
-#include <qz/value/value_storage.h>
+#include <qz/value/internal/value_storage.h>
 
 #include "value/value_scalar_ops.h"
 

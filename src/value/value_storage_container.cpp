@@ -4,7 +4,7 @@
 // compared with the other side's contiguous array (getp); a bool container
 // has no such array (std::vector<bool> packs bits), so bools are compared
 // through the other container's vector, or through getp on a single bool.
-#include <qz/value/value_storage.h>
+#include <qz/value/internal/value_storage.h>
 
 #include "value/bool_element_view.h"
 #include "value/value_scalar_ops.h"

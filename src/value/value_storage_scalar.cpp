@@ -1,5 +1,5 @@
 // _value_t_data_t<T>: one owned value of kind T.
-#include <qz/value/value_storage.h>
+#include <qz/value/internal/value_storage.h>
 
 #include "value/value_scalar_ops.h"
 

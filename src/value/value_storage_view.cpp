@@ -1,7 +1,7 @@
 // _value_t_pdata_t<T>: a writable view on a caller's variable. It reads and
 // writes through the pointer; a clone is an owned copy, so a handle that
 // copies on write stops writing through.
-#include <qz/value/value_storage.h>
+#include <qz/value/internal/value_storage.h>
 
 #include "value/value_scalar_ops.h"
 

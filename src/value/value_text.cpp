@@ -7,6 +7,7 @@
 // object's ToString, a type name) widened through the ANSI code page.
 #include <qz/value/value.h>
 
+#include "value/value_access.h"
 #include "value/value_conversions.h"
 
 #include <qz/core/codepage.h>
@@ -72,13 +73,13 @@ std::wstring wide_scalar(const _value_t_data& data) {
 }
 
 template <class Char, class ScalarText>
-std::basic_string<Char> text_of(const _value_t& value, ScalarText scalar_text) {
+std::basic_string<Char> braced_text(const _value_t& value, ScalarText scalar_text) {
   const _value_t_data& data = *value.data();
   if (!data.container()) return scalar_text(data);
   std::basic_string<Char> text(1, Char('{'));
   for (unsigned __int64 i = 0; i < data.size(); ++i) {
     if (i != 0) text += Char(',');
-    text += text_of<Char>(value[i], scalar_text);
+    text += braced_text<Char>(value[i], scalar_text);
   }
   return text += Char('}');
 }
@@ -86,16 +87,16 @@ std::basic_string<Char> text_of(const _value_t& value, ScalarText scalar_text) {
 }  // namespace
 
 std::string _value_t::as_string() {
-  if (!data_) throw EBadCastException(typeid(void), typeid(std::string));
-  return text_of<char>(*this, narrow_scalar);
+  qz_detail::stored_or_throw(data_, typeid(std::string));
+  return braced_text<char>(*this, narrow_scalar);
 }
 
 std::wstring _value_t::as_wstring() {
-  if (!data_) throw EBadCastException(typeid(void), typeid(std::wstring));
-  return text_of<wchar_t>(*this, wide_scalar);
+  qz_detail::stored_or_throw(data_, typeid(std::wstring));
+  return braced_text<wchar_t>(*this, wide_scalar);
 }
 
 _bstr_t _value_t::as_bstr() {
-  if (!data_) throw EBadCastException(typeid(void), typeid(_bstr_t));
+  qz_detail::stored_or_throw(data_, typeid(_bstr_t));
   return qz_detail::to_bstr(as_wstring());
 }

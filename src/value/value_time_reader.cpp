@@ -6,7 +6,7 @@
 // time (a bool, an object) refuses with the storage's bad cast.
 #include <qz/value/value.h>
 
-#include "value/lenient_numbers.h"
+#include "value/value_access.h"
 
 using qz_detail::read_as;
 using qz_detail::stored_or_throw;

@@ -4,7 +4,7 @@
 // have none (a SmartPtrObj is not a COM object) and give an empty VARIANT.
 #include <qz/value/value.h>
 
-#include "value/lenient_numbers.h"
+#include "value/value_access.h"
 
 using qz_detail::read_as;
 using qz_detail::stored_or_throw;

@@ -44,10 +44,10 @@
 
 #include <qz/export.h>
 #include <qz/sync/lock.h>
-#include <qz/sync/multi_lock_common.h>
-#include <qz/sync/multi_lock_inner_lock.h>
-#include <qz/sync/multi_lock_owners_list.h>
-#include <qz/sync/multi_lock_signal_event.h>
+#include <qz/sync/internal/multi_lock_common.h>
+#include <qz/sync/internal/multi_lock_inner_lock.h>
+#include <qz/sync/internal/multi_lock_owners_list.h>
+#include <qz/sync/internal/multi_lock_signal_event.h>
 
 #include <atomic>
 #include <string>
@@ -107,7 +107,7 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
 
   // The workers above, telling `hooks` (when given) of the holds that begin
   // a locked period, while the caller holds the lock alone.
-  bool read_lock_as(unsigned int timeout, _owner_id owner, bool independent, _ml_lock_hooks* hooks);
+  bool read_lock_as(unsigned int timeout, _owner_id owner, _ml_common::_hold_t hold, _ml_lock_hooks* hooks);
   bool write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
   bool write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
 
@@ -130,6 +130,18 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
 
   // GetStatusString's text, taken while the caller is inside the inner lock.
   std::string status_text() const;
+  // Runs `work` inside the inner lock the caller holds and gives back its
+  // result; should `work` throw, the inner lock is left before the exception
+  // goes on. The one place that pairs an exception with the inner lock.
+  template <class Work>
+  auto leaving_inner_lock_on_throw(Work work) const -> decltype(work()) {
+    try {
+      return work();
+    } catch (...) {
+      inner_unlock();
+      throw;
+    }
+  }
   // Appends under the inner lock, leaving it if the list cannot grow.
   void append(_owner_id entry);
   // The first reader of a notifying lock: its hook runs with the lock

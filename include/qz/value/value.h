@@ -20,7 +20,7 @@
 
 #include <qz/core/const_string.h>
 #include <qz/export.h>
-#include <qz/value/value_data.h>
+#include <qz/value/internal/value_data.h>
 
 #include <list>
 #include <set>
@@ -240,7 +240,7 @@ class QZ_API _value_t {
   _value_t_data* data_;
 };
 
-#include <qz/value/value_storage.h>
+#include <qz/value/internal/value_storage.h>
 
 // A _value_t compared with a plain value of one of its kinds compares with a
 // _value_t holding that value. The _value_t side must be a _value_t itself

@@ -14,9 +14,10 @@
 //
 // Thread safety: none of its own; TMultiLock uses it under its inner lock.
 #pragma once
+// Internal: a part of TMultiLock, reached through <qz/sync/multi_lock.h>.
 
 #include <qz/export.h>
-#include <qz/sync/multi_lock_common.h>
+#include <qz/sync/internal/multi_lock_common.h>
 
 #include <string>
 

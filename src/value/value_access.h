@@ -1,8 +1,12 @@
-// Helpers shared by the lenient readers of _value_t (as_int ... as_time).
+// The one access rule of _value_t, and the small typed readers built on it.
+//
+// Every reader and view of a value first asks for its storage: an empty
+// value has none and refuses with a bad cast from void to what the caller
+// wanted. The lenient readers (as_int ... as_time) add the numeric helpers.
 #pragma once
 
 #include <qz/errors/exceptions.h>
-#include <qz/value/value_data.h>
+#include <qz/value/internal/value_data.h>
 
 #include <limits>
 #include <typeinfo>

@@ -37,7 +37,7 @@
 // Thread safety: as _value_t_data; views write through without any lock.
 #pragma once
 
-#include <qz/value/value_data.h>
+#include <qz/value/internal/value_data.h>
 
 #include <vector>
 

@@ -9,6 +9,7 @@
 //
 // Thread safety: constants and pure functions only.
 #pragma once
+// Internal: a part of TMultiLock, reached through <qz/sync/multi_lock.h>.
 
 #include <windows.h>
 
@@ -34,6 +35,10 @@ struct _ml_common {
 
   // The lock's states, as the status text names them.
   enum _state_t { not_locked = 0, locked_read = 1, locked_write = 2 };
+
+  // Whom a hold belongs to: the calling thread, or no thread (taken by one
+  // thread, released by any).
+  enum class _hold_t { thread_bound, thread_independent };
 
   static _owner_id current_owner() noexcept { return GetCurrentThreadId() & owner_bits; }
   static bool is_write(_owner_id entry) noexcept { return (entry & write_bit) != 0; }

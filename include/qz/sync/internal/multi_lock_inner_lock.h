@@ -9,9 +9,10 @@
 //
 // Thread safety: any thread; inner_unlock only by the thread inside.
 #pragma once
+// Internal: a part of TMultiLock, reached through <qz/sync/multi_lock.h>.
 
 #include <qz/export.h>
-#include <qz/sync/multi_lock_common.h>
+#include <qz/sync/internal/multi_lock_common.h>
 
 #include <atomic>
 
