@@ -11,8 +11,6 @@
 #include <cstdio>
 #include <string>
 
-// Declared here as well until the tour's header lists it.
-
 namespace {
 
 std::string temp_file_name(const char* stem) {

@@ -26,9 +26,7 @@ qz_install_tools() {
 }
 
 qz_prepare_wine() {
-  export WINEPREFIX=${WINEPREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/qz-wine}
-  export WINEDEBUG=${WINEDEBUG:--all}
-  export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+  . "$QZ_ROOT/scripts/wine-env"
   if [ ! -f "$WINEPREFIX/system.reg" ]; then
     qz_log "preparing the Wine prefix $WINEPREFIX"
     mkdir -p "$(dirname "$WINEPREFIX")"
