@@ -26,6 +26,7 @@
 #include <qz/errors/exceptions.h>
 #include <qz/errors/generic.h>
 #include <qz/errors/structured_exceptions.h>
+#include <qz/errors/symbols.h>
 #include <qz/errors/throw.h>
 #include <qz/errors/tuning.h>
 

@@ -24,12 +24,18 @@
 #include <utility>
 #include <vector>
 
+struct _CONTEXT;
+struct _EXCEPTION_POINTERS;
+
 class QZ_API EGeneric : public std::exception {
  public:
   using value_pair = std::pair<std::string, _value_t>;
   using value_list = std::vector<value_pair>;
 
   EGeneric();
+  // An empty list; with `extend` true, adds the crash-dump and location
+  // values of the caller's position (see ExtendDebugInformation).
+  explicit EGeneric(bool extend);
   // Appends the pairs in argument order, without looking for duplicates.
   explicit EGeneric(const value_pair& a);
   EGeneric(const value_pair& a, const value_pair& b);
@@ -63,7 +69,21 @@ class QZ_API EGeneric : public std::exception {
 
   const char* what() const noexcept override;
 
+  // The text of up to 64 frames walked on `thread` from the context of
+  // `pointers`, the first `skip` frames dropped: "\n-> <name>" per frame.
+  static std::string BuildStack(_EXCEPTION_POINTERS* pointers, unsigned int skip, void* thread);
+  // Writes a crash dump as the dump settings say and returns its path, or ""
+  // when none was written. `pointers` may be null (a dump without a fault).
+  static std::string SaveMiniDump(_EXCEPTION_POINTERS* pointers, unsigned long type,
+                                  unsigned long thread_id);
+
  protected:
+  // Add "MiniDump", "ModuleName", "AddressName" and "Stack" as the dump and
+  // debug-information settings ask: the first form at a throw (a null
+  // context means the caller's position), the second at a processor fault.
+  void ExtendDebugInformation(_CONTEXT* context);
+  void ExtendDebugInformation(_EXCEPTION_POINTERS* pointers);
+
   value_list::iterator find_value(const std::string& name);
   value_list::const_iterator find_value(const std::string& name) const;
   // Exchanges the named entry with the last one (a swap, not a rotation).
