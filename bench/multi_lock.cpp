@@ -1,19 +1,19 @@
-// What TMultiLock costs next to the platform's slim reader/writer lock and a
-// critical section, measured in one run. Run it with `scripts/bench multi`.
+// What TMultiLock costs next to the platform's slim reader/writer lock (SRW),
+// measured in one run. Run it with `scripts/bench multi`.
 //
-//   1. Uncontended, before any thread ever waited (so no event exists):
-//      ns per ReadLock+Unlock and WriteLock+Unlock. Goal: within 3x of the
-//      slim reader/writer lock.
-//   2. Uncontended once the events exist: every hold from free and every
-//      release to free then lowers and raises the free event (one
-//      ResetEvent and one SetEvent per cycle). Goal: within 1.2x of those
-//      two calls made bare.
-//   3. Two threads hammering one shared counter under each lock, three
-//      rounds of a second with a fresh lock each: ns per operation (median
-//      and spread) and operations per second.
+//   1. Uncontended, before any thread ever waited (no event exists): ns per
+//      read cycle plus write cycle (lock + unlock each).
+//   2. The same once every event exists: a lock that once saw contention
+//      must go back to making no kernel call.
+//   3. Two threads adding to one counter under write locks.
+//   4. Four threads, nine reads of a shared value to one write.
+//   5. What the lock's spin before a sleep is weighed against: a pause
+//      instruction, giving up the processor, and one sleep on an event
+//      woken by another thread.
 //
-// Each single-thread figure is the best of several rounds, which filters
-// out the rounds the machine spent on something else.
+// Single-thread figures are the best of several rounds, which filters out
+// rounds the machine spent on something else; contended figures are the
+// median of three rounds of a second, each with a fresh lock.
 #include <qz/sync/multi_lock.h>
 
 #include <windows.h>
@@ -22,6 +22,8 @@
 #include <atomic>
 #include <cstdio>
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -49,27 +51,41 @@ double best_ns(int rounds, int count, const std::function<void(int)>& cycle) {
   return best;
 }
 
-void row(const char* what, double ns) { std::printf("  %-44s %10.1f ns\n", what, ns); }
 
-void ratio(const char* what, double value, double goal) {
-  std::printf("  %-44s %10.2f x  (goal <= %.1f: %s)\n", what, value, goal, value <= goal ? "met" : "NOT met");
+void row(const char* what, double ns) { std::printf("  %-46s %10.1f ns\n", what, ns); }
+
+struct Goal {
+  const char* name;
+  double ratio;
+  double limit;
+};
+std::vector<Goal> goals;
+
+void compare(const char* name, double ours, double floor, double limit) {
+  std::printf("  %-46s %10.2f x\n", "TMultiLock vs SRW", ours / floor);
+  goals.push_back({name, ours / floor, limit});
 }
 
-// Holds from `lock` made through the interface, as callers use it.
-double multi_read_ns(IMultiLock& lock, int rounds, int count) {
+// One read cycle and one write cycle through the interface, as callers use it.
+double multi_cycle_ns(IMultiLock& lock, int rounds, int count) {
   return best_ns(rounds, count, [&](int n) {
     for (int i = 0; i < n; ++i) {
       lock.ReadLock();
+      lock.Unlock();
+      lock.WriteLock();
       lock.Unlock();
     }
   });
 }
 
-double multi_write_ns(IMultiLock& lock, int rounds, int count) {
+double srw_cycle_ns(int rounds, int count) {
+  SRWLOCK srw = SRWLOCK_INIT;
   return best_ns(rounds, count, [&](int n) {
     for (int i = 0; i < n; ++i) {
-      lock.WriteLock();
-      lock.Unlock();
+      AcquireSRWLockShared(&srw);
+      ReleaseSRWLockShared(&srw);
+      AcquireSRWLockExclusive(&srw);
+      ReleaseSRWLockExclusive(&srw);
     }
   });
 }
@@ -106,143 +122,147 @@ void make_events(TMultiLock& lock) {
 }
 
 void uncontended() {
-  const int rounds = 7, count = 1000000;
-  std::printf("\nUncontended, no events (best of %d rounds of %d):\n", rounds, count);
-  TMultiLock multi;
-  const double read = multi_read_ns(multi, rounds, count);
-  const double write = multi_write_ns(multi, rounds, count);
-  SRWLOCK srw = SRWLOCK_INIT;
-  const double srw_shared = best_ns(rounds, count, [&](int n) {
-    for (int i = 0; i < n; ++i) {
-      AcquireSRWLockShared(&srw);
-      ReleaseSRWLockShared(&srw);
-    }
-  });
-  const double srw_exclusive = best_ns(rounds, count, [&](int n) {
-    for (int i = 0; i < n; ++i) {
-      AcquireSRWLockExclusive(&srw);
-      ReleaseSRWLockExclusive(&srw);
-    }
-  });
-  CRITICAL_SECTION section;
-  InitializeCriticalSection(&section);
-  const double critical = best_ns(rounds, count, [&](int n) {
-    for (int i = 0; i < n; ++i) {
-      EnterCriticalSection(&section);
-      LeaveCriticalSection(&section);
-    }
-  });
-  DeleteCriticalSection(&section);
-  row("TMultiLock ReadLock + Unlock", read);
-  row("TMultiLock WriteLock + Unlock", write);
-  row("SRW lock shared acquire + release", srw_shared);
-  row("SRW lock exclusive acquire + release", srw_exclusive);
-  row("critical section enter + leave", critical);
-  ratio("read vs SRW shared", read / srw_shared, 3.0);
-  ratio("write vs SRW exclusive", write / srw_exclusive, 3.0);
-  std::printf("  %-44s %10.2f x\n", "write vs critical section", write / critical);
+  const int rounds = 7, count = 500000;
+  std::printf("\nUncontended read + write cycle (best of %d rounds of %d):\n", rounds, count);
+  TMultiLock fresh;
+  const double before = multi_cycle_ns(fresh, rounds, count);
+  TMultiLock met;
+  make_events(met);
+  const double after = multi_cycle_ns(met, rounds, count);
+  const double srw = srw_cycle_ns(rounds, count);
+  row("TMultiLock, before any wait", before);
+  row("TMultiLock, once its events exist", after);
+  row("SRW lock shared + exclusive", srw);
+  compare("uncontended-before-wait", before, srw, 1.5);
+  compare("uncontended-after-wait", after, srw, 2.0);
 }
 
-void with_events() {
-  const int rounds = 3, count = 5000;
-  std::printf("\nUncontended, events made (best of %d rounds of %d):\n", rounds, count);
-  TMultiLock multi;
-  make_events(multi);
-  const double read = multi_read_ns(multi, rounds, count);
-  const double write = multi_write_ns(multi, rounds, count);
-  HANDLE event = CreateEventW(nullptr, FALSE, TRUE, nullptr);
-  const double calls = best_ns(rounds, count, [&](int n) {
-    for (int i = 0; i < n; ++i) {
-      ResetEvent(event);
-      SetEvent(event);
-    }
-  });
-  CloseHandle(event);
-  row("TMultiLock ReadLock + Unlock", read);
-  row("TMultiLock WriteLock + Unlock", write);
-  row("ResetEvent + SetEvent, bare", calls);
-  ratio("read vs its event calls", read / calls, 1.2);
-  ratio("write vs its event calls", write / calls, 1.2);
-}
-
-// Two threads add to one counter under `hold` for `ms`; ns per addition.
-double hammer_once(const std::function<void(long&)>& hold, DWORD ms, bool& count_right) {
+// `threads` threads call `op(counter, i)` with i = 0, 1, 2... for `ms`
+// milliseconds; ns per call over all threads. Checks that every write
+// reached the counter (every call writes, or those with i % 10 == 0).
+double hammer_once(int threads, const std::function<void(long&, long)>& op, bool all_writes, DWORD ms,
+                   bool& right) {
   struct Shared {
-    const std::function<void(long&)>* hold;
+    const std::function<void(long&, long)>* op;
     std::atomic<bool> stop{false};
     long counter = 0;
-    std::atomic<long> done{0};
+    std::atomic<long> calls{0};
+    std::atomic<long> writes{0};
+    bool all_writes;
   } shared;
-  shared.hold = &hold;
+  shared.op = &op;
+  shared.all_writes = all_writes;
   auto body = [](void* p) -> DWORD {
     auto* s = static_cast<Shared*>(p);
-    long mine = 0;
-    while (!s->stop) {
-      (*s->hold)(s->counter);
-      ++mine;
-    }
-    s->done += mine;
+    long i = 0;
+    for (; !s->stop; ++i) (*s->op)(s->counter, i);
+    s->calls += i;
+    s->writes += s->all_writes ? i : (i + 9) / 10;
     return 0;
   };
-  HANDLE threads[2];
+  std::vector<HANDLE> handles(threads);
   const __int64 start = now();
-  for (HANDLE& t : threads) t = CreateThread(nullptr, 0, body, &shared, 0, nullptr);
+  for (HANDLE& t : handles) t = CreateThread(nullptr, 0, body, &shared, 0, nullptr);
   Sleep(ms);
   shared.stop = true;
-  WaitForMultipleObjects(2, threads, TRUE, INFINITE);
+  WaitForMultipleObjects(threads, handles.data(), TRUE, INFINITE);
   const double elapsed_ns = static_cast<double>(now() - start) / ticks_per_ns();
-  for (HANDLE t : threads) CloseHandle(t);
-  count_right = count_right && shared.counter == shared.done.load();
-  return elapsed_ns / shared.done.load();
+  for (HANDLE t : handles) CloseHandle(t);
+  right = right && shared.counter == shared.writes.load();
+  return elapsed_ns / shared.calls.load();
 }
 
-// Three rounds, each with a fresh lock from `make`: the median, and the
+// The median of three rounds, each with a fresh lock from `make`, and the
 // spread, which for a lock that ends up in the kernel is wide.
-double hammer(const char* what, const std::function<std::function<void(long&)>()>& make, DWORD ms) {
+double hammer(const char* what, int threads, bool all_writes,
+              const std::function<std::function<void(long&, long)>()>& make) {
   double ns[3];
-  bool count_right = true;
-  for (double& n : ns) n = hammer_once(make(), ms, count_right);
+  bool right = true;
+  for (double& n : ns) n = hammer_once(threads, make(), all_writes, 1000, right);
   std::sort(ns, ns + 3);
-  std::printf("  %-44s %10.1f ns  (%.1f .. %.1f; %.2f M ops/s%s)\n", what, ns[1], ns[0], ns[2], 1e3 / ns[1],
-              count_right ? "" : ", COUNT WRONG");
+  std::printf("  %-46s %10.1f ns  (%.1f .. %.1f%s)\n", what, ns[1], ns[0], ns[2], right ? "" : ", COUNT WRONG");
   return ns[1];
 }
 
-void contended() {
-  const DWORD ms = 1000;
-  std::printf("\nTwo threads hammering one counter, 3 rounds of %lu ms (median ns per addition):\n", ms);
-  TMultiLock multi[3];
-  int next_multi = 0;
-  const double write = hammer("TMultiLock WriteLock", [&]() -> std::function<void(long&)> {
-    IMultiLock* lock = &multi[next_multi++];
-    return [lock](long& c) {
-      lock->WriteLock();
-      ++c;
-      lock->Unlock();
-    };
-  }, ms);
-  SRWLOCK srw[3] = {SRWLOCK_INIT, SRWLOCK_INIT, SRWLOCK_INIT};
-  int next_srw = 0;
-  const double srw_ns = hammer("SRW lock exclusive", [&]() -> std::function<void(long&)> {
-    SRWLOCK* lock = &srw[next_srw++];
-    return [lock](long& c) {
-      AcquireSRWLockExclusive(lock);
-      ++c;
-      ReleaseSRWLockExclusive(lock);
-    };
-  }, ms);
-  CRITICAL_SECTION section;
-  InitializeCriticalSection(&section);
-  const double critical = hammer("critical section", [&]() -> std::function<void(long&)> {
-    return [&section](long& c) {
-      EnterCriticalSection(&section);
-      ++c;
-      LeaveCriticalSection(&section);
-    };
-  }, ms);
-  DeleteCriticalSection(&section);
-  std::printf("  %-44s %10.2f x\n", "TMultiLock vs SRW lock (time per op)", write / srw_ns);
-  std::printf("  %-44s %10.2f x\n", "TMultiLock vs critical section", write / critical);
+// Every call writes when `all_writes`; otherwise one call in ten writes and
+// the others read the counter.
+template <class Lock, class Read, class Write>
+std::function<void(long&, long)> mixed(Lock* lock, Read read, Write write, bool all_writes) {
+  return [=](long& counter, long i) {
+    if (all_writes || i % 10 == 0) {
+      write(lock, [&] { ++counter; });
+    } else {
+      read(lock, [&] {
+        volatile long seen = counter;
+        (void)seen;
+      });
+    }
+  };
+}
+
+void contended(const char* title, const char* goal, int threads, bool all_writes) {
+  std::printf("\n%s (median of 3 rounds of 1 s, ns per operation):\n", title);
+  const auto multi_read = [](TMultiLock* l, const std::function<void()>& f) { l->ReadLock(); f(); l->Unlock(); };
+  const auto multi_write = [](TMultiLock* l, const std::function<void()>& f) { l->WriteLock(); f(); l->Unlock(); };
+  const auto srw_read = [](SRWLOCK* l, const std::function<void()>& f) {
+    AcquireSRWLockShared(l);
+    f();
+    ReleaseSRWLockShared(l);
+  };
+  const auto srw_write = [](SRWLOCK* l, const std::function<void()>& f) {
+    AcquireSRWLockExclusive(l);
+    f();
+    ReleaseSRWLockExclusive(l);
+  };
+  std::vector<std::unique_ptr<TMultiLock>> multis;
+  const double ours = hammer("TMultiLock", threads, all_writes, [&] {
+    multis.push_back(std::make_unique<TMultiLock>());
+    return mixed(multis.back().get(), multi_read, multi_write, all_writes);
+  });
+  std::vector<std::unique_ptr<SRWLOCK>> srws;
+  const double srw = hammer("SRW lock", threads, all_writes, [&] {
+    srws.push_back(std::make_unique<SRWLOCK>());
+    InitializeSRWLock(srws.back().get());
+    return mixed(srws.back().get(), srw_read, srw_write, all_writes);
+  });
+  compare(goal, ours, srw, 5.0);
+}
+
+// One thread wakes another through an auto-reset event and is woken back:
+// ns per wake, which is what a waiter pays for sleeping instead of spinning.
+double wake_ns() {
+  struct Pair {
+    HANDLE ping = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE pong = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    int count = 20000;
+  } pair;
+  HANDLE thread = CreateThread(nullptr, 0, [](void* p) -> DWORD {
+    auto* q = static_cast<Pair*>(p);
+    for (int i = 0; i < q->count; ++i) {
+      WaitForSingleObject(q->ping, INFINITE);
+      SetEvent(q->pong);
+    }
+    return 0;
+  }, &pair, 0, nullptr);
+  const __int64 start = now();
+  for (int i = 0; i < pair.count; ++i) SignalObjectAndWait(pair.ping, pair.pong, INFINITE, FALSE);
+  const double ns = static_cast<double>(now() - start) / ticks_per_ns() / (2.0 * pair.count);
+  WaitForSingleObject(thread, INFINITE);
+  CloseHandle(thread);
+  CloseHandle(pair.ping);
+  CloseHandle(pair.pong);
+  return ns;
+}
+
+void spin_bounds() {
+  std::printf("\nWhat a spin is weighed against (best of 5 rounds):\n");
+  row("pause instruction", best_ns(5, 1000000, [](int n) {
+        for (int i = 0; i < n; ++i) YieldProcessor();
+      }));
+  row("SwitchToThread, nothing else ready", best_ns(5, 100000, [](int n) {
+        for (int i = 0; i < n; ++i) SwitchToThread();
+      }));
+  row("one sleep on an event, woken by another thread", wake_ns());
 }
 
 }  // namespace
@@ -250,7 +270,11 @@ void contended() {
 int main() {
   std::printf("TMultiLock benchmark\n");
   uncontended();
-  with_events();
-  contended();
+  contended("Two threads adding to one counter under write locks", "two-threads-writes", 2, true);
+  contended("Four threads, nine reads to one write", "four-threads-9-reads-1-write", 4, false);
+  spin_bounds();
+  std::printf("\n");
+  for (const Goal& g : goals)
+    std::printf("goal %s: %.2f x (limit %.1f) %s\n", g.name, g.ratio, g.limit, g.ratio <= g.limit ? "met" : "NOT met");
   return 0;
 }

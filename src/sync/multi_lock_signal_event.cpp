@@ -25,22 +25,43 @@ const std::atomic<HANDLE>& _ml_free_signal_event::slot(unsigned int bit) const n
   return bit == _ml_common::signal_sole_owner ? sole_owner_event : read_open_event;
 }
 
+// An event without waiters is left as it is: the first thread to wait on it
+// brings it into line (arm).
 void _ml_free_signal_event::raise_changed(unsigned int bits) noexcept {
-  signal_mask |= bits;
+  store_mask(signal_mask | bits);
   for (unsigned int bit : kBitsInOrder) {
-    if ((bits & bit) == 0) continue;
+    if ((bits & bit) == 0 || waiter_count[index(bit)] == 0) continue;
     const HANDLE event = slot(bit).load();
     if (event != nullptr) SetEvent(event);
   }
 }
 
 void _ml_free_signal_event::lower_changed(unsigned int bits) noexcept {
-  signal_mask &= ~bits;
+  store_mask(signal_mask & ~bits);
   for (unsigned int bit : kBitsInOrder) {
-    if ((bits & bit) == 0) continue;
+    if ((bits & bit) == 0 || waiter_count[index(bit)] == 0) continue;
     const HANDLE event = slot(bit).load();
     if (event != nullptr) ResetEvent(event);
   }
+}
+
+// While an event has waiters every change of its bit reaches it, so only the
+// first waiter finds it possibly out of date.
+void _ml_free_signal_event::arm(unsigned int bits) noexcept {
+  for (unsigned int bit : kBitsInOrder) {
+    if ((bits & bit) == 0 || waiter_count[index(bit)]++ != 0) continue;
+    const HANDLE event = slot(bit).load();
+    if (event == nullptr) continue;
+    if ((signal_mask & bit) != 0)
+      SetEvent(event);
+    else
+      ResetEvent(event);
+  }
+}
+
+void _ml_free_signal_event::disarm(unsigned int bits) noexcept {
+  for (unsigned int bit : kBitsInOrder)
+    if ((bits & bit) != 0 && waiter_count[index(bit)] != 0) --waiter_count[index(bit)];
 }
 
 // Called under the inner lock, so the new event starts in the state its bit

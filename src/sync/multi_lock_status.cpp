@@ -13,7 +13,7 @@ constexpr const char* kStateNames[] = {"not_locked", "locked_read", "locked_writ
 
 // One snapshot under the inner lock, so state, holds and waiters agree.
 std::string TMultiLock::GetStatusString() const {
-  inner_lock(_ml_common::current_owner());
+  inner_lock_quietly(_ml_common::current_owner());
   std::string text = leaving_inner_lock_on_throw([this] { return status_text(); });
   inner_unlock();
   return text;

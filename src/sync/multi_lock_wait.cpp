@@ -9,10 +9,19 @@ namespace {
 // The tag of the per-wait timer among the signal bits.
 constexpr unsigned int kTimerTag = 1;
 
+constexpr int kPausesPerYield = 50;
+
 constexpr unsigned int kBitsInWaitOrder[] = {_ml_common::signal_sole_owner, _ml_common::signal_read_open,
                                              _ml_common::signal_free};
 
 }  // namespace
+
+// About 20 us of pause instructions plus 20 yields of the processor, as
+// `scripts/bench multi` measures them: longer than a typical hold of a lock
+// guarding a few lines of work, and about what a thread pays to sleep on an
+// event and be woken again under Wine (two kernel calls and a context
+// switch, tens of microseconds; several on Windows).
+const int TMultiLock::spins_before_sleep = 1000;
 
 bool TMultiLock::holds_all(_owner_id owner) const {
   inner_lock(owner);
@@ -21,16 +30,64 @@ bool TMultiLock::holds_all(_owner_id owner) const {
   return all;
 }
 
-// The events are made (if need be) under the inner lock, so each starts in
-// the state its bit has. The timer is made after the inner lock is left: it
-// needs nothing the lock guards, and two kernel calls are long to make other
-// threads spin for. A new attempt makes a new timer, so the time-out bounds
-// each single wait. Procedure calls queued to the thread run during the wait
-// and it goes on; one that throws leaves by the exception, closing the timer.
-bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeout) {
+namespace {
+
+// Takes a waiting thread off the events' waiter counts on every way out of
+// its wait, exceptions included; hence the quiet inner lock.
+class waiter_registration {
+ public:
+  waiter_registration(const _ml_interlocked_inner_lock& inner, _ml_free_signal_event& events,
+                      unsigned int bits, _ml_common::_owner_id owner)
+      : inner_(inner), events_(events), bits_(bits), owner_(owner) {}
+  waiter_registration(const waiter_registration&) = delete;
+  waiter_registration& operator=(const waiter_registration&) = delete;
+  ~waiter_registration() {
+    inner_.inner_lock_quietly(owner_);
+    events_.disarm(bits_);
+    inner_.inner_unlock();
+  }
+
+ private:
+  const _ml_interlocked_inner_lock& inner_;
+  _ml_free_signal_event& events_;
+  unsigned int bits_;
+  _ml_common::_owner_id owner_;
+};
+
+// Spends the budget until one of `bits` shows in the mask; a hint read
+// without the inner lock, which the caller's next attempt checks for real.
+// Every so often the spinner offers its processor to a ready thread: with
+// more threads than processors the holder may be the one waiting for it.
+void spin_until(const _ml_free_signal_event& events, unsigned int bits, int& spins) {
+  while (spins > 0) {
+    --spins;
+    if (spins % kPausesPerYield == 0)
+      SwitchToThread();
+    else
+      YieldProcessor();
+    if ((events.signalled_hint() & bits) != 0) return;
+  }
+}
+
+}  // namespace
+
+// The sole-owner bit may be up for somebody else, so the spin watches only
+// the other bits. Before sleeping the thread counts itself as a waiter on
+// its events under the inner lock, which brings them into line with the
+// mask; releases touch an event only while it has waiters. The timer is
+// made after the inner lock is left: two kernel calls are long to make
+// other threads spin for. A new attempt makes a new timer, so the time-out
+// bounds each single wait. Procedure calls queued to the thread run during
+// the wait and it goes on; one that throws leaves by the exception.
+bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, int& spins) {
   if (timeout == 0) {
     inner_unlock();
     return false;
+  }
+  if (spins > 0) {
+    inner_unlock();
+    spin_until(*this, mask & ~_ml_common::signal_sole_owner, spins);
+    return true;
   }
   HANDLE objects[4];
   unsigned int tags[4];
@@ -40,7 +97,9 @@ bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeo
     objects[count] = event_for(bit);
     tags[count++] = bit;
   }
+  arm(mask);
   inner_unlock();
+  const waiter_registration registration(*this, *this, mask, owner);
 
   TWaitableTimer timer(DoNotInitialize);
   if (timeout != INFINITE) {
@@ -57,6 +116,7 @@ bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeo
     if (tag == kTimerTag) return false;
     // The sole-owner event is set for whoever the one remaining owner is.
     if (tag == _ml_common::signal_sole_owner && !holds_all(owner)) continue;
+    spins = spins_before_sleep;  // woken: worth spinning again before the next sleep
     return true;
   }
 }

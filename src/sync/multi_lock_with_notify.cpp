@@ -37,7 +37,7 @@ bool TMultiLockWithNotify::_write_lock_notify_independent(unsigned int timeout, 
 // The hook is chosen from one snapshot, then runs while the hold it is about
 // is still in place; only then is the hold released as usual.
 void TMultiLockWithNotify::_unlock_notify(_owner_id owner) {
-  inner_lock(owner);
+  inner_lock_quietly(owner);
   const _ml_common::_last_t last = is_last_owner(owner);
   const unsigned int now = state.load();
   inner_unlock();

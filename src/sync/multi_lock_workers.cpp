@@ -40,6 +40,7 @@ void TMultiLock::append(_owner_id entry) {
 // and the state found by the exchange can be kept without a way back.
 bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, _ml_common::_hold_t hold,
                               _ml_lock_hooks* hooks) {
+  int spins = spins_before_sleep;
   for (;;) {
     inner_lock(owner);
     unsigned int found = kNotLocked;
@@ -72,7 +73,7 @@ bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, _ml_common:
     // an upgrade lowers it otherwise). Left up, it would end this wait at
     // once, every time, and the reader would spin past its time-out.
     lower_bits(kReadOpen);
-    if (!wait_for(mask, owner, timeout)) return false;
+    if (!wait_for(mask, owner, timeout, spins)) return false;
   }
 }
 
@@ -82,7 +83,7 @@ void TMultiLock::first_read_notified(_ml_lock_hooks& hooks, _owner_id owner) {
   state.store(kLockedWrite);
   unsignal(kReadOpen | kFree);
   hooks.first_read();
-  inner_lock(owner);
+  inner_lock_quietly(owner);
   state.store(kLockedRead);
   signal(kReadOpen);
 }
@@ -90,6 +91,7 @@ void TMultiLock::first_read_notified(_ml_lock_hooks& hooks, _owner_id owner) {
 // The state holds only the three values, so past "not locked" the lock is
 // read or written.
 bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
+  int spins = spins_before_sleep;
   for (;;) {
     inner_lock(owner);
     unsigned int found = kNotLocked;
@@ -111,7 +113,7 @@ bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_h
       return true;
     }
     if (found == kLockedRead && shares == _ml_common::shares_some) {
-      if (!wait_to_upgrade(owner, timeout)) return false;
+      if (!wait_to_upgrade(owner, timeout, spins)) return false;
       continue;
     }
     if (found == kLockedWrite && shares == _ml_common::shares_all) {
@@ -122,13 +124,13 @@ bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_h
     // A stranger waits for the lock to be free; a writer's own reader that
     // shares it with others waits to be its sole owner again.
     const unsigned int mask = shares == _ml_common::shares_none ? kFree : kSoleOwner | kFree;
-    if (!wait_for(mask, owner, timeout)) return false;
+    if (!wait_for(mask, owner, timeout, spins)) return false;
   }
 }
 
 // Two readers waiting to upgrade would each wait for the other to leave:
 // only one may wait, the second is told at once.
-bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout) {
+bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout, int& spins) {
   if (upgrade_waiters.fetch_add(1) + 1 > 1) {
     upgrade_waiters.fetch_sub(1);
     // The status is taken before the inner lock is left: afterwards the
@@ -139,20 +141,26 @@ bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout) {
   }
   bool entered = false;
   try {
-    entered = wait_for(kSoleOwner | kFree, owner, timeout);
+    entered = wait_for(kSoleOwner | kFree, owner, timeout, spins);
   } catch (...) {
-    upgrade_waiters.fetch_sub(1);  // interrupted while waiting
+    drop_upgrade_waiter(owner);  // interrupted while waiting
     throw;
   }
-  // The count drops under the inner lock, so that a dead-lock status, taken
-  // under it, always shows the waiter whose presence raised the error.
-  inner_lock(owner);
-  upgrade_waiters.fetch_sub(1);
-  inner_unlock();
+  drop_upgrade_waiter(owner);
   return entered;
 }
 
+// The count drops under the inner lock, so that a dead-lock status, taken
+// under it, always shows the waiter whose presence raised the error; and
+// quietly, so that no procedure call can leave the count raised.
+void TMultiLock::drop_upgrade_waiter(_owner_id owner) noexcept {
+  inner_lock_quietly(owner);
+  upgrade_waiters.fetch_sub(1);
+  inner_unlock();
+}
+
 bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
+  int spins = spins_before_sleep;
   for (;;) {
     inner_lock(owner);
     unsigned int found = kNotLocked;
@@ -163,7 +171,7 @@ bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner
       if (hooks != nullptr) hooks->first_write();
       return true;
     }
-    if (!wait_for(kFree, owner, timeout)) return false;
+    if (!wait_for(kFree, owner, timeout, spins)) return false;
   }
 }
 
@@ -171,7 +179,7 @@ bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner
 // the holders left are one owner, which is what a waiting upgrader (or a
 // reader waiting beside its own holds) has to look at again.
 void TMultiLock::_unlock(_owner_id owner) {
-  inner_lock(owner);
+  inner_lock_quietly(owner);
   const _owner_id removed = remove_me(owner);
   if (removed == _ml_common::no_owner) {
     inner_unlock();

@@ -21,7 +21,9 @@ using qz_test::ThrowInterrupt;
 // A TMultiLock that shows its owners list and events.
 class ProbedLock : public TMultiLock {
  public:
+  using _ml_free_signal_event::event_for;
   using _ml_free_signal_event::has_event;
+  using _ml_free_signal_event::waiters;
   using _ml_free_signal_event::signalled;
   using _ml_full_owners_list::count;
   using _ml_full_owners_list::is_inline;

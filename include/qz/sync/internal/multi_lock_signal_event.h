@@ -5,10 +5,12 @@
 //   bit 4  sole-owner event   manual-reset: the holders are one owner
 //   bit 8  read-open event    manual-reset: a writer left, readers remain
 //
-// An event is made only when a thread first has to wait for its bit, in the
-// state its bit has then. raise_bits and lower_bits touch only the bits that
-// change and make no kernel call at all when none does, which is what keeps
-// an uncontended lock away from the kernel.
+// An event is made only when a thread first has to wait for its bit. The
+// mask is the truth; an event follows its bit only while some thread waits,
+// or is about to wait, on it (a count per event): raise_bits and lower_bits
+// set and reset an event only then, and the first waiter on an event brings
+// it into line with its bit before it sleeps (arm). So a lock that once saw
+// contention makes no kernel call again once its waiters are gone.
 //
 // Thread safety: none of its own; TMultiLock uses it under its inner lock.
 // The destructor closes whichever events exist.
@@ -26,7 +28,7 @@ class QZ_API _ml_free_signal_event {
  public:
   _ml_free_signal_event() noexcept
       : read_open_event(nullptr), sole_owner_event(nullptr), free_event(nullptr),
-        signal_mask(_ml_common::signal_free) {}
+        signal_mask(_ml_common::signal_free), peek_mask(_ml_common::signal_free), waiter_count() {}
   _ml_free_signal_event(const _ml_free_signal_event&) = delete;
   _ml_free_signal_event& operator=(const _ml_free_signal_event&) = delete;
   ~_ml_free_signal_event();
@@ -43,6 +45,15 @@ class QZ_API _ml_free_signal_event {
 
   // The event standing for `bit`, made now if it does not exist yet.
   HANDLE event_for(unsigned int bit) noexcept;
+  // The calling thread is about to wait on the events of `bits`: counts it
+  // as their waiter and sets or resets each event that had no waiter yet to
+  // what its bit says. disarm takes the thread off the counts again.
+  void arm(unsigned int bits) noexcept;
+  void disarm(unsigned int bits) noexcept;
+  // How many threads wait, or are about to wait, on the event of `bit`.
+  unsigned int waiters(unsigned int bit) const noexcept { return waiter_count[index(bit)]; }
+  // The mask as last seen without the inner lock; a hint for spinning.
+  unsigned int signalled_hint() const noexcept { return peek_mask.load(std::memory_order_relaxed); }
 
   unsigned int signalled() const noexcept { return signal_mask; }
   // Whether the event for `bit` has been made.
@@ -53,9 +64,17 @@ class QZ_API _ml_free_signal_event {
   void lower_changed(unsigned int bits) noexcept;
   std::atomic<HANDLE>& slot(unsigned int bit) noexcept;
   const std::atomic<HANDLE>& slot(unsigned int bit) const noexcept;
+  // 0, 1 and 2 for the free, sole-owner and read-open bits.
+  static unsigned int index(unsigned int bit) noexcept { return bit / 4; }
+  void store_mask(unsigned int mask) noexcept {
+    signal_mask = mask;
+    peek_mask.store(mask, std::memory_order_relaxed);
+  }
 
   std::atomic<HANDLE> read_open_event;
   std::atomic<HANDLE> sole_owner_event;
   std::atomic<HANDLE> free_event;
   unsigned int signal_mask;
+  std::atomic<unsigned int> peek_mask;
+  unsigned int waiter_count[3];
 };
