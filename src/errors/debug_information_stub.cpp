@@ -1,7 +1,5 @@
-// Placeholder definitions until the symbol engine, the dump writer and the
-// fault translator land.
+// Placeholder definitions until the symbol engine and the dump writer land.
 #include <qz/errors/generic.h>
-#include <qz/errors/structured_exceptions.h>
 #include <qz/errors/symbols.h>
 
 EGeneric::EGeneric(bool) {}
@@ -28,8 +26,3 @@ unsigned long long SymGetActualErrorAddress(const unsigned long long* frames, un
 std::string SymGetStackTrace(const unsigned long long*, unsigned int) { return {}; }
 std::string GetMyDebugStack() { return {}; }
 std::string TakeDebugSnapshot() { return {}; }
-
-redirect_structured_exceptions::redirect_structured_exceptions() {}
-temporary_redirect_structured_exceptions::temporary_redirect_structured_exceptions()
-    : previous(nullptr) {}
-temporary_redirect_structured_exceptions::~temporary_redirect_structured_exceptions() {}

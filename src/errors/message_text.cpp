@@ -4,15 +4,43 @@
 #include <qz/core/number_text.h>
 #include <qz/sync/critical_section.h>
 
+#include "errors/exception_text.h"
+
+#include <cstring>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
 // One buffer serves every exception in the process: what() returns a pointer
-// into it that stays valid until the next what() call anywhere.
-struct MessageBuffer {
+// into it whose text is valid until the next what() call anywhere. A caller
+// holding a stale pointer reads another message, never freed memory: a
+// buffer that grows retires its old storage instead of freeing it (growth
+// doubles, so what is kept stays within twice the longest message).
+class MessageBuffer {
+ public:
   TCriticalSection lock;
-  std::string text;
+
+  // Copies `text` in; the caller holds `lock`.
+  const char* assign(const std::string& text) {
+    if (text.size() + 1 > capacity_) grow(text.size() + 1);
+    std::memcpy(current_, text.c_str(), text.size() + 1);
+    return current_;
+  }
+
+ private:
+  void grow(std::size_t needed) {
+    std::size_t capacity = capacity_ ? capacity_ : 256;
+    while (capacity < needed) capacity *= 2;
+    retired_.push_back(std::make_unique<char[]>(capacity));
+    current_ = retired_.back().get();
+    capacity_ = capacity;
+  }
+
+  std::vector<std::unique_ptr<char[]>> retired_;  // every storage ever used, the newest last
+  char* current_ = nullptr;
+  std::size_t capacity_ = 0;
 };
 
 MessageBuffer& message_buffer() {
@@ -54,14 +82,34 @@ void build_message(const EGeneric::value_list& values, std::string& out) {
 }  // namespace
 
 const char* EGeneric::what() const noexcept {
-  MessageBuffer& buffer = message_buffer();
-  buffer.lock.Lock();
+  std::string text;
   try {
-    build_message(values_, buffer.text);
+    build_message(values_, text);
   } catch (...) {
     // what() must not throw; a value that cannot print leaves the text so far.
   }
-  const char* text = buffer.text.c_str();
+  MessageBuffer& buffer = message_buffer();
+  buffer.lock.Lock();
+  const char* result = "";
+  try {
+    result = buffer.assign(text);
+  } catch (...) {
+    // Out of memory for a longer buffer: an empty message rather than none.
+  }
   buffer.lock.Unlock();
-  return text;
+  return result;
+}
+
+std::string exception_text(const std::exception& e) {
+  if (const auto* generic = dynamic_cast<const EGeneric*>(&e)) {
+    std::string text;
+    try {
+      build_message(generic->values(), text);
+    } catch (...) {
+      // As what(): a value that cannot print leaves the text so far.
+    }
+    return text;
+  }
+  const char* text = e.what();
+  return text ? text : "";
 }

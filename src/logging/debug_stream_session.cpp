@@ -2,6 +2,8 @@
 #include <qz/core/type_name.h>
 #include <qz/logging/debug_stream.h>
 
+#include "errors/exception_text.h"
+
 #include <windows.h>
 
 #include <cstring>
@@ -115,11 +117,10 @@ TDebugStreamSession& TDebugStreamSession::operator<<(const _value_t& value) {
 // A message of several lines (an EGeneric with several values) starts on a
 // line of its own, so that its "name: value" lines stay aligned.
 TDebugStreamSession& TDebugStreamSession::operator<<(const std::exception& e) {
-  const char* what = e.what();
-  if (!what) what = "";
+  const std::string what = exception_text(e);
   std::string text = type_name(typeid(e));
   text += ':';
-  if (std::strchr(what, '\n')) text += '\n';
+  if (what.find('\n') != std::string::npos) text += '\n';
   text += what;
   return *this << text;
 }
