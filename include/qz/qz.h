@@ -67,3 +67,8 @@
 #include <qz/os/mailslot.h>
 #include <qz/os/overlapped.h>
 #include <qz/os/process.h>
+#include <qz/os/com_file_stream.h>
+#include <qz/os/com_initialize.h>
+#include <qz/os/com_string_stream.h>
+#include <qz/os/impersonation_context.h>
+#include <qz/os/printer.h>

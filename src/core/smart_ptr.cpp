@@ -19,8 +19,12 @@ std::string SmartPtrObj::ToString() const {
   return type_name(typeid(*this)) + " {0x" + itoa(low, 16) + "}";
 }
 
-void SmartPtrObj::AddRef() const noexcept { InterlockedIncrement(&ref_count_); }
+long SmartPtrObj::AddRef() const noexcept { return InterlockedIncrement(&ref_count_); }
 
-void SmartPtrObj::Release() const noexcept {
-  if (InterlockedDecrement(&ref_count_) == 0) delete this;
+long SmartPtrObj::Release() const noexcept {
+  const long left = InterlockedDecrement(&ref_count_);
+  if (left == 0) delete this;
+  return left;
 }
+
+long SmartPtrObj::ReleaseWithoutDelete() const noexcept { return InterlockedDecrement(&ref_count_); }

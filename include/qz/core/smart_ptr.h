@@ -32,8 +32,15 @@ class QZ_API SmartPtrObj {
   long ref_count() const noexcept { return ref_count_; }
 
   // Used by SmartPtr; callers that manage counts by hand pair them exactly.
-  void AddRef() const noexcept;
-  void Release() const noexcept;
+  // Both return the count they leave (Release: 0 when it deleted the object),
+  // which lets COM-facing classes answer AddRef and Release from this count.
+  long AddRef() const noexcept;
+  long Release() const noexcept;
+
+ protected:
+  // Takes one holder away but never deletes, whatever the count; returns the
+  // count it leaves. For objects whose end is decided elsewhere.
+  long ReleaseWithoutDelete() const noexcept;
 
  private:
   mutable volatile long ref_count_;

@@ -1,0 +1,132 @@
+#include <qz/errors/exceptions.h>
+#include <qz/logging/global_streams.h>
+#include <qz/os/com_initialize.h>
+#include <qz/os/impersonation_context.h>
+
+#include "support/captured_stream.h"
+#include "support/test_threads.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using qz_test::CapturedStream;
+using qz_test::WorkerThread;
+
+// The calling thread's apartment, by name.
+std::string Apartment() {
+  APTTYPE type;
+  APTTYPEQUALIFIER qualifier;
+  const HRESULT hr = CoGetApartmentType(&type, &qualifier);
+  if (hr == CO_E_NOTINITIALIZED) return "none";
+  if (FAILED(hr)) return "error";
+  return type == APTTYPE_MTA ? "MTA" : "STA";
+}
+
+long CodeOf(const EComException& e) { return static_cast<int>(e.get_value("Code")); }
+
+// Each case starts on a thread of its own, so that no earlier test's COM
+// state leaks in.
+void OnFreshThread(void (*body)()) {
+  WorkerThread thread(body);
+  ASSERT_TRUE(thread.Join(30000));
+  EXPECT_EQ(thread.error(), "");
+}
+
+TEST(ComGuards, CoInitializeHoldsASingleThreadedApartmentForItsScope) {
+  OnFreshThread([] {
+    EXPECT_EQ(Apartment(), "none");
+    {
+      class CoInitialize com;
+      EXPECT_EQ(Apartment(), "STA");
+      {
+        class CoInitialize again;  // S_FALSE: already initialised, still counted
+      }
+      EXPECT_EQ(Apartment(), "STA");
+      try {
+        class CoInitializeEx other;
+        ADD_FAILURE() << "the multithreaded apartment was granted inside a single-threaded one";
+      } catch (const EComException& e) {
+        EXPECT_EQ(CodeOf(e), RPC_E_CHANGED_MODE);
+      }
+      EXPECT_EQ(Apartment(), "STA");
+    }
+    EXPECT_EQ(Apartment(), "none");
+  });
+}
+
+TEST(ComGuards, CoInitializeExHoldsTheMultithreadedApartmentForItsScope) {
+  OnFreshThread([] {
+    EXPECT_EQ(Apartment(), "none");
+    {
+      class CoInitializeEx com;
+      EXPECT_EQ(Apartment(), "MTA");
+      {
+        class CoInitializeEx again;
+      }
+      EXPECT_EQ(Apartment(), "MTA");
+      try {
+        class CoInitialize other;
+        ADD_FAILURE() << "a single-threaded apartment was granted inside the multithreaded one";
+      } catch (const EComException& e) {
+        EXPECT_EQ(CodeOf(e), RPC_E_CHANGED_MODE);
+      }
+    }
+    EXPECT_EQ(Apartment(), "none");
+  });
+}
+
+TEST(CImpersonationContext, OutsideACallStaysInactiveOrThrowsWhenAsked) {
+  EXPECT_TRUE(CImpersonationContext::NeedImpersonation);
+  CapturedStream debug(Debug);
+  {
+    CImpersonationContext quiet;
+    EXPECT_FALSE(quiet.IsImpersonating());
+  }
+  try {
+    CImpersonationContext strict(CImpersonationContext::NeedImpersonation);
+    FAIL() << "impersonated outside a COM call";
+  } catch (const EComException& e) {
+    EXPECT_EQ(CodeOf(e), RPC_E_CALL_COMPLETE);
+  }
+  EXPECT_EQ(debug.text(), "");
+}
+
+// Only a COM call lets CoImpersonateClient succeed; the thread impersonates
+// itself instead, and the object is told that it did.
+struct SelfImpersonation : CImpersonationContext {
+  SelfImpersonation() { impersonating = ImpersonateSelf(SecurityImpersonation) != FALSE; }
+};
+
+std::string ThreadUser() {
+  wchar_t name[257];
+  DWORD size = 257;
+  GetUserNameW(name, &size);
+  return std::string(name, name + wcslen(name));  // ASCII under the test prefix
+}
+
+TEST(CImpersonationContext, UnwindingTellsDebugWhoTheThreadActedAs) {
+  CapturedStream debug(Debug);
+  {
+    SelfImpersonation calm;
+    ASSERT_TRUE(calm.IsImpersonating());
+  }
+  RevertToSelf();
+  EXPECT_EQ(debug.text(), "");  // no exception, no line
+  try {
+    SelfImpersonation unwound;
+    ASSERT_TRUE(unwound.IsImpersonating());
+    throw std::runtime_error("request failed");
+  } catch (const std::runtime_error&) {
+  }
+  RevertToSelf();
+  const std::string prefix = "(!) Impersonated with level SecurityImpersonation as ";
+  ASSERT_EQ(debug.text().compare(0, prefix.size(), prefix), 0) << debug.text();
+  const std::string who = debug.text().substr(prefix.size());
+  EXPECT_NE(who.find('\\'), std::string::npos) << who;
+  EXPECT_EQ(who.substr(who.find('\\') + 1), ThreadUser() + "\n");
+}
+
+}  // namespace
