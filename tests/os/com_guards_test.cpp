@@ -27,55 +27,36 @@ std::string Apartment() {
 
 long CodeOf(const EComException& e) { return static_cast<int>(e.get_value("Code")); }
 
-// Each case starts on a thread of its own, so that no earlier test's COM
-// state leaks in.
-void OnFreshThread(void (*body)()) {
-  WorkerThread thread(body);
-  ASSERT_TRUE(thread.Join(30000));
+// On a thread of its own (no earlier COM state): the apartment before,
+// inside the guard `Outer`, inside a second `Outer` (S_FALSE), when a guard
+// `Other` for the other kind is refused, and after.
+template <class Outer, class Other>
+std::string ApartmentsThrough() {
+  std::string seen;
+  WorkerThread thread([&seen] {
+    seen = Apartment();
+    {
+      Outer guard;
+      seen += " " + Apartment();
+      { Outer again; }
+      seen += " " + Apartment();
+      try {
+        Other refused;
+        seen += " granted";
+      } catch (const EComException& e) {
+        seen += CodeOf(e) == RPC_E_CHANGED_MODE ? " refused" : " other error";
+      }
+    }
+    seen += " " + Apartment();
+  });
+  EXPECT_TRUE(thread.Join(30000));
   EXPECT_EQ(thread.error(), "");
+  return seen;
 }
 
-TEST(ComGuards, CoInitializeHoldsASingleThreadedApartmentForItsScope) {
-  OnFreshThread([] {
-    EXPECT_EQ(Apartment(), "none");
-    {
-      class CoInitialize com;
-      EXPECT_EQ(Apartment(), "STA");
-      {
-        class CoInitialize again;  // S_FALSE: already initialised, still counted
-      }
-      EXPECT_EQ(Apartment(), "STA");
-      try {
-        class CoInitializeEx other;
-        ADD_FAILURE() << "the multithreaded apartment was granted inside a single-threaded one";
-      } catch (const EComException& e) {
-        EXPECT_EQ(CodeOf(e), RPC_E_CHANGED_MODE);
-      }
-      EXPECT_EQ(Apartment(), "STA");
-    }
-    EXPECT_EQ(Apartment(), "none");
-  });
-}
-
-TEST(ComGuards, CoInitializeExHoldsTheMultithreadedApartmentForItsScope) {
-  OnFreshThread([] {
-    EXPECT_EQ(Apartment(), "none");
-    {
-      class CoInitializeEx com;
-      EXPECT_EQ(Apartment(), "MTA");
-      {
-        class CoInitializeEx again;
-      }
-      EXPECT_EQ(Apartment(), "MTA");
-      try {
-        class CoInitialize other;
-        ADD_FAILURE() << "a single-threaded apartment was granted inside the multithreaded one";
-      } catch (const EComException& e) {
-        EXPECT_EQ(CodeOf(e), RPC_E_CHANGED_MODE);
-      }
-    }
-    EXPECT_EQ(Apartment(), "none");
-  });
+TEST(ComGuards, HoldTheirApartmentForTheirScope) {
+  EXPECT_EQ((ApartmentsThrough<class CoInitialize, class CoInitializeEx>()), "none STA STA refused none");
+  EXPECT_EQ((ApartmentsThrough<class CoInitializeEx, class CoInitialize>()), "none MTA MTA refused none");
 }
 
 TEST(CImpersonationContext, OutsideACallStaysInactiveOrThrowsWhenAsked) {
