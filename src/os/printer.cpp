@@ -7,12 +7,9 @@
 using spooler::bytes_of;
 using spooler::level_of;
 using spooler::two_calls;
+using spooler::writable;
 
 namespace {
-
-// The spooler's prototypes take writable names they never write.
-wchar_t* writable(const wchar_t* text) { return const_cast<wchar_t*>(text); }
-char* writable(const char* text) { return const_cast<char*>(text); }
 
 BOOL open_printer(const wchar_t* name, HANDLE* h, DWORD access) {
   PRINTER_DEFAULTSW defaults = {nullptr, nullptr, access};
@@ -22,36 +19,6 @@ BOOL open_printer(const wchar_t* name, HANDLE* h, DWORD access) {
 BOOL open_printer(const char* name, HANDLE* h, DWORD access) {
   PRINTER_DEFAULTSA defaults = {nullptr, nullptr, access};
   return ::OpenPrinterA(writable(name), h, &defaults);
-}
-
-BOOL enum_jobs(HANDLE h, DWORD first, DWORD count, DWORD level, BYTE* buffer, DWORD size,
-               DWORD* needed, DWORD* returned, wchar_t) {
-  return ::EnumJobsW(h, first, count, level, buffer, size, needed, returned);
-}
-
-BOOL enum_jobs(HANDLE h, DWORD first, DWORD count, DWORD level, BYTE* buffer, DWORD size,
-               DWORD* needed, DWORD* returned, char) {
-  return ::EnumJobsA(h, first, count, level, buffer, size, needed, returned);
-}
-
-BOOL enum_printers(DWORD flags, const wchar_t* name, DWORD level, BYTE* buffer, DWORD size,
-                   DWORD* needed, DWORD* returned) {
-  return ::EnumPrintersW(flags, writable(name), level, buffer, size, needed, returned);
-}
-
-BOOL enum_printers(DWORD flags, const char* name, DWORD level, BYTE* buffer, DWORD size,
-                   DWORD* needed, DWORD* returned) {
-  return ::EnumPrintersA(flags, writable(name), level, buffer, size, needed, returned);
-}
-
-BOOL enum_ports(const wchar_t* server, DWORD level, BYTE* buffer, DWORD size, DWORD* needed,
-                DWORD* returned) {
-  return ::EnumPortsW(writable(server), level, buffer, size, needed, returned);
-}
-
-BOOL enum_ports(const char* server, DWORD level, BYTE* buffer, DWORD size, DWORD* needed,
-                DWORD* returned) {
-  return ::EnumPortsA(writable(server), level, buffer, size, needed, returned);
 }
 
 // Some spooler calls fail without setting an error: the last error is
@@ -83,27 +50,6 @@ template <class T>
 void get_job(HANDLE h, DWORD job, AutoPtr<T>& info) {
   two_calls(info, [h, job](BYTE* buffer, DWORD size, DWORD* needed, DWORD*) {
     return ::GetJobW(h, job, level_of<T>, buffer, size, needed);
-  });
-}
-
-template <class Char, class T>
-DWORD enum_jobs_into(HANDLE h, AutoPtr<T>& jobs, DWORD first, DWORD count) {
-  return two_calls(jobs, [=](BYTE* buffer, DWORD size, DWORD* needed, DWORD* returned) {
-    return enum_jobs(h, first, count, level_of<T>, buffer, size, needed, returned, Char());
-  });
-}
-
-template <class Char, class T>
-DWORD enum_printers_into(AutoPtr<T>& printers, DWORD flags, const Char* name) {
-  return two_calls(printers, [=](BYTE* buffer, DWORD size, DWORD* needed, DWORD* returned) {
-    return enum_printers(flags, name, level_of<T>, buffer, size, needed, returned);
-  });
-}
-
-template <class Char, class T>
-DWORD enum_ports_into(AutoPtr<T>& ports, const Char* server) {
-  return two_calls(ports, [=](BYTE* buffer, DWORD size, DWORD* needed, DWORD* returned) {
-    return enum_ports(server, level_of<T>, buffer, size, needed, returned);
   });
 }
 
@@ -163,46 +109,4 @@ void TPrinter::SetJobInfo(const AutoPtr<_JOB_INFO_2W>& info, DWORD jobId) {
 }
 void TPrinter::SetJobInfo(const AutoPtr<_JOB_INFO_3>& info, DWORD jobId) {
   succeed_or_throw([&] { return ::SetJobW(handle, jobId, 3, bytes_of(info), 0); });
-}
-
-DWORD TPrinter::EnumJobsW(AutoPtr<_JOB_INFO_1W>& jobs, DWORD firstJob, DWORD count) const {
-  return enum_jobs_into<wchar_t>(handle, jobs, firstJob, count);
-}
-DWORD TPrinter::EnumJobsW(AutoPtr<_JOB_INFO_2W>& jobs, DWORD firstJob, DWORD count) const {
-  return enum_jobs_into<wchar_t>(handle, jobs, firstJob, count);
-}
-DWORD TPrinter::EnumJobsW(AutoPtr<_JOB_INFO_3>& jobs, DWORD firstJob, DWORD count) const {
-  return enum_jobs_into<wchar_t>(handle, jobs, firstJob, count);
-}
-DWORD TPrinter::EnumJobsW(AutoPtr<_JOB_INFO_1A>& jobs, DWORD firstJob, DWORD count) const {
-  return enum_jobs_into<char>(handle, jobs, firstJob, count);
-}
-DWORD TPrinter::EnumJobsW(AutoPtr<_JOB_INFO_2A>& jobs, DWORD firstJob, DWORD count) const {
-  return enum_jobs_into<char>(handle, jobs, firstJob, count);
-}
-
-DWORD TPrinter::EnumPrintersW(AutoPtr<_PRINTER_INFO_1W>& printers, DWORD flags, const wchar_t* name) {
-  return enum_printers_into(printers, flags, name);
-}
-DWORD TPrinter::EnumPrintersW(AutoPtr<_PRINTER_INFO_2W>& printers, DWORD flags, const wchar_t* name) {
-  return enum_printers_into(printers, flags, name);
-}
-DWORD TPrinter::EnumPrintersW(AutoPtr<_PRINTER_INFO_1A>& printers, DWORD flags, const char* name) {
-  return enum_printers_into(printers, flags, name);
-}
-DWORD TPrinter::EnumPrintersW(AutoPtr<_PRINTER_INFO_2A>& printers, DWORD flags, const char* name) {
-  return enum_printers_into(printers, flags, name);
-}
-
-DWORD TPrinter::EnumPortsW(AutoPtr<_PORT_INFO_1W>& ports, const wchar_t* server) {
-  return enum_ports_into(ports, server);
-}
-DWORD TPrinter::EnumPortsW(AutoPtr<_PORT_INFO_2W>& ports, const wchar_t* server) {
-  return enum_ports_into(ports, server);
-}
-DWORD TPrinter::EnumPortsW(AutoPtr<_PORT_INFO_1A>& ports, const char* server) {
-  return enum_ports_into(ports, server);
-}
-DWORD TPrinter::EnumPortsW(AutoPtr<_PORT_INFO_2A>& ports, const char* server) {
-  return enum_ports_into(ports, server);
 }

@@ -1,28 +1,31 @@
 #include <qz/errors/throw.h>
 #include <qz/os/printer.h>
 
-#include <cwchar>
+#include "os/spooler_calls.h"
+
 #include <cstring>
 #include <string>
 #include <vector>
 
+using spooler::writable;
+
 namespace {
 
 DWORD get_data(HANDLE h, const wchar_t* name, DWORD* type, BYTE* data, DWORD size, DWORD* needed) {
-  return ::GetPrinterDataW(h, const_cast<wchar_t*>(name), type, data, size, needed);
+  return ::GetPrinterDataW(h, writable(name), type, data, size, needed);
 }
 
 DWORD get_data(HANDLE h, const char* name, DWORD* type, BYTE* data, DWORD size, DWORD* needed) {
-  return ::GetPrinterDataA(h, const_cast<char*>(name), type, data, size, needed);
+  return ::GetPrinterDataA(h, writable(name), type, data, size, needed);
 }
 
 DWORD set_data(HANDLE h, const wchar_t* name, DWORD type, const void* data, DWORD size) {
-  return ::SetPrinterDataW(h, const_cast<wchar_t*>(name), type,
+  return ::SetPrinterDataW(h, writable(name), type,
                            static_cast<BYTE*>(const_cast<void*>(data)), size);
 }
 
 DWORD set_data(HANDLE h, const char* name, DWORD type, const void* data, DWORD size) {
-  return ::SetPrinterDataA(h, const_cast<char*>(name), type,
+  return ::SetPrinterDataA(h, writable(name), type,
                            static_cast<BYTE*>(const_cast<void*>(data)), size);
 }
 

@@ -40,6 +40,10 @@ QZ_SPOOLER_LEVEL(_PORT_INFO_2A, 2)
 template <class T>
 constexpr DWORD level_of = level<T>::value;
 
+// The spooler's prototypes take writable names they never write.
+inline wchar_t* writable(const wchar_t* text) { return const_cast<wchar_t*>(text); }
+inline char* writable(const char* text) { return const_cast<char*>(text); }
+
 template <class T>
 BYTE* bytes_of(const AutoPtr<T>& p) {
   return reinterpret_cast<BYTE*>(p.get());

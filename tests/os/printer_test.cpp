@@ -236,15 +236,11 @@ TEST_F(Printers, ControlsAJobStartedForTheTest) {
   info->pDocument = renamed;
   info->Position = JOB_POSITION_UNSPECIFIED;
   printer.SetJobInfo(info, job);
-  AutoPtr<_JOB_INFO_1W> again;
-  printer.GetJobInfo(again, job);
-  // Windows renames the document; Wine takes the call but shows the output
-  // file's name in its place from then on.
-  const std::wstring shown = again->pDocument;
-  EXPECT_TRUE(shown == renamed || shown == output.wide());
   AutoPtr<_JOB_INFO_2W> two;
   printer.GetJobInfo(two, job);
-  EXPECT_EQ(two->JobId, job);
+  // Windows renames the document; Wine takes the call but shows the output
+  // file's name in its place from then on.
+  EXPECT_TRUE(two->pDocument == std::wstring(renamed) || two->pDocument == std::wstring(output.wide()));
   printer.ControlJob(job, JOB_CONTROL_PAUSE);
   printer.ControlJob(job, JOB_CONTROL_RESUME);
   EXPECT_FALSE(printer.ControlJobSilent(job + 1000, JOB_CONTROL_PAUSE));
@@ -257,12 +253,6 @@ TEST_F(Printers, ControlsAJobStartedForTheTest) {
   }
   EXPECT_TRUE(printer.ControlJobSilent(job, JOB_CONTROL_CANCEL));
   EndDocPrinter(printer);
-}
-
-TEST(TPrinter, ThatNeverOpenedClosesNothing) {
-  TPrinter none(DoNotInitialize);
-  EXPECT_FALSE(none.IsValidHandle());
-  EXPECT_EQ(static_cast<void*>(none), INVALID_HANDLE_VALUE);
 }
 
 }  // namespace
