@@ -3,12 +3,16 @@
 
 #include "errors/symbol_text_rules.h"
 #include "support/scoped_setting.h"
+#include "support/test_threads.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <atomic>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -157,6 +161,40 @@ TEST_F(SymbolsTest, StackTraceHasOneArrowLinePerFrame) {
   EXPECT_EQ(SymGetStackTrace(frames, 2),
             "\n-> " + SymGetFullNameFromAddress(own + 1) + "\n-> 0x10");
   EXPECT_EQ(SymGetStackTrace(frames, 0), "");
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SymbolsTest, AModuleLoadedAfterTheStartIsFoundToo) {
+  HMODULE late = LoadLibraryW(L"version.dll");
+  ASSERT_NE(late, nullptr);
+  const unsigned long long function =
+      address_of(reinterpret_cast<void*>(GetProcAddress(late, "GetFileVersionInfoSizeW")));
+  EXPECT_TRUE(EnsureModuleSymbolsLoaded(function));
+  EXPECT_EQ(SymGetModuleFromAddress(function), "version");
+  FreeLibrary(late);
+  EXPECT_FALSE(EnsureModuleSymbolsLoaded(0x10));
+}
+
+TEST_F(SymbolsTest, NamesAndWalksFromSeveralThreadsAtOnce) {
+  const unsigned long long own = address_of(reinterpret_cast<void*>(&named_test_function));
+  const std::string expected = SymGetFullNameFromAddress(own);
+  std::atomic<int> wrong{0};
+  std::vector<std::unique_ptr<qz_test::WorkerThread>> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.push_back(std::make_unique<qz_test::WorkerThread>([&] {
+      for (int i = 0; i < 25; ++i) {
+        if (!SymInitialize()) ++wrong;  // cheap: the suite keeps the library loaded
+        unsigned long long frames[16];
+        if (walk_here(frames, 0, 16) < 2 || SymGetFullNameFromAddress(own) != expected) ++wrong;
+        if (SymGetModuleFromAddress(frames[0]) != "qz_errors_tests") ++wrong;
+        SymCleanup();
+      }
+    }));
+  for (auto& thread : threads) EXPECT_TRUE(thread->Join(60000));
+  EXPECT_EQ(wrong.load(), 0);
 }
 
 }  // namespace
