@@ -15,7 +15,8 @@ __attribute__((noinline)) void take_reference(const SmartPtrRefsLogger& refs, co
   refs.AddPointerRef(object);
   GetTickCount();
 }
-__attribute__((noinline)) void smart_pointer_copy(const SmartPtrRefsLogger& refs, const void* object) {
+__attribute__((noinline)) void smart_pointer_copy(const SmartPtrRefsLogger& refs,
+                                                   const void* object) {
   take_reference(refs, object);
   GetTickCount();
 }
