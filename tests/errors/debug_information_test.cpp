@@ -9,7 +9,10 @@
 
 #include <windows.h>
 
+#include <atomic>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -144,6 +147,38 @@ TEST_F(DebugInformationTest, SnapshotShowsEveryThreadOnceWithTheCallerFirst) {
     EXPECT_EQ(snapshot.find(header, block + 1), std::string::npos);
   }
   CloseHandle(parked_release);
+}
+
+}  // namespace
+
+namespace {
+
+// Threads suspended in the middle of allocating hold the heap's lock; the
+// snapshot must not wait for it while it walks them.
+TEST_F(DebugInformationTest, SnapshotsOfThreadsBusyAllocatingNeitherHangNorMissAThread) {
+  std::atomic<bool> stop{false};
+  std::atomic<int> started{0};
+  std::vector<std::unique_ptr<qz_test::WorkerThread>> busy;
+  std::vector<DWORD> ids(3);
+  for (int t = 0; t < 3; ++t)
+    busy.push_back(std::make_unique<qz_test::WorkerThread>([&, t] {
+      ids[t] = GetCurrentThreadId();
+      ++started;
+      while (!stop) {
+        HeapFree(GetProcessHeap(), 0, HeapAlloc(GetProcessHeap(), 0, 1000 + t * 100));
+        std::string churn(1000 + t * 100, 'x');  // the runtime's heap too
+        churn += std::to_string(churn.size());
+      }
+    }));
+  ASSERT_TRUE(qz_test::Eventually([&] { return started == 3; }));
+  for (int round = 0; round < 2; ++round) {
+    const std::string snapshot = TakeDebugSnapshot();
+    for (DWORD id : ids)
+      EXPECT_NE(snapshot.find("\n\nThread " + std::to_string(id) + "\n-> "), std::string::npos)
+          << snapshot;
+  }
+  stop = true;
+  for (auto& thread : busy) EXPECT_TRUE(thread->Join(30000));
 }
 
 }  // namespace
