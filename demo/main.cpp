@@ -15,6 +15,7 @@ int main() {
     tour_logging();
     tour_multi_lock();
     tour_com();
+    tour_symbols();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

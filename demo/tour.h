@@ -16,3 +16,4 @@ void tour_os();
 void tour_logging();
 void tour_multi_lock();
 void tour_com();
+void tour_symbols();
