@@ -63,7 +63,8 @@ inline std::string OverflowStack() {
   try {
     Recurse(0);
   } catch (const EStackOverflowException& e) {
-    return e.get_value("Text").as_string();
+    _value_t text = e.get_value("Text");
+    return text.as_string();
   }
   return "no exception";
 }

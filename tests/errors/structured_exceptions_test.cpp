@@ -105,8 +105,8 @@ __attribute__((noinline)) void FaultInsideCleanups(int& destroyed, int& caught_i
     ~Counter() { ++count; }
   } counter{destroyed};
   try {
-    volatile int* nowhere = reinterpret_cast<volatile int*>(0x10);
-    *nowhere = 5;
+    volatile std::uintptr_t nowhere = 0x10;
+    *reinterpret_cast<volatile int*>(nowhere) = 5;
   } catch (const EStructuredException&) {
     ++caught_inside;
     throw;
@@ -300,7 +300,9 @@ TEST(FaultTranslation, ThousandFaultsLeaveNoHandleMemoryOrSymbolSessionBehind) {
   EXPECT_EQ(worker.error(), "");
   EXPECT_EQ(handles_after, handles_before);
   EXPECT_LT(memory_after, memory_before + 512 * 1024) << memory_before << " -> " << memory_after;
-  if (!symbols_loaded_before) EXPECT_EQ(GetModuleHandleW(L"dbghelp.dll"), nullptr);
+  if (!symbols_loaded_before) {
+    EXPECT_EQ(GetModuleHandleW(L"dbghelp.dll"), nullptr);
+  }
 }
 
 }  // namespace
