@@ -25,6 +25,7 @@
 // errors: the exception model
 #include <qz/errors/exceptions.h>
 #include <qz/errors/generic.h>
+#include <qz/errors/minidump.h>
 #include <qz/errors/structured_exceptions.h>
 #include <qz/errors/symbols.h>
 #include <qz/errors/throw.h>

@@ -1,3 +1,5 @@
+#include "errors/fault_thread.h"
+
 #include <qz/errors/exceptions.h>
 
 #include <qz/core/number_text.h>
@@ -45,7 +47,7 @@ int low_32_bits(std::uintptr_t value) { return static_cast<int>(static_cast<std:
 EStructuredException::EStructuredException() = default;
 
 EStructuredException::EStructuredException(unsigned int code, _EXCEPTION_POINTERS* pointers,
-                                           unsigned long /*thread_id*/) {
+                                           unsigned long thread_id) {
   const EXCEPTION_RECORD* record = pointers ? pointers->ExceptionRecord : nullptr;
   if (code == EXCEPTION_ACCESS_VIOLATION)
     put_value("Text", access_violation_text(record));
@@ -60,7 +62,11 @@ EStructuredException::EStructuredException(unsigned int code, _EXCEPTION_POINTER
     for (DWORD i = 0; i < count; ++i)
       put_value(std::string("Parameter") + static_cast<char>('0' + i), low_32_bits(record->ExceptionInformation[i]));
   }
-  move_to_back("Stack");
+  {
+    faulting_thread_scope fault(thread_id);  // a dump names the faulting thread
+    ExtendDebugInformation(pointers);
+  }
+  move_to_back("Stack");  // a stack trace ends the message
 }
 
 EStackOverflowException::EStackOverflowException() = default;

@@ -1,7 +1,10 @@
 #include <qz/errors/exceptions.h>
 #include <qz/errors/throw.h>
+#include <qz/errors/tuning.h>
 
 #include <gtest/gtest.h>
+
+#include "support/scoped_setting.h"
 
 #include <errno.h>
 
@@ -139,7 +142,9 @@ EXCEPTION_RECORD make_record(DWORD code, std::initializer_list<ULONG_PTR> parame
   return record;
 }
 
+// Built by hand here, so no dumps: the dump tests are about dumps.
 TEST(EStructuredException, AccessViolationNamesTheDirectionAndAddress) {
+  qz_test::ScopedSetting<bool> no_dumps(SaveMiniDumpOnStructuredException, false);
   EXCEPTION_RECORD record = make_record(EXCEPTION_ACCESS_VIOLATION, {0, 0x10});
   EXCEPTION_POINTERS pointers = {&record, nullptr};
   EStructuredException read(EXCEPTION_ACCESS_VIOLATION, &pointers, GetCurrentThreadId());
@@ -153,6 +158,7 @@ TEST(EStructuredException, AccessViolationNamesTheDirectionAndAddress) {
 }
 
 TEST(EStructuredException, NamesKnownCodesOnly) {
+  qz_test::ScopedSetting<bool> no_dumps(SaveMiniDumpOnStructuredException, false);
   EXCEPTION_RECORD record = make_record(EXCEPTION_STACK_OVERFLOW, {});
   EXCEPTION_POINTERS pointers = {&record, nullptr};
   EXPECT_EQ(text_of(EStructuredException(0xC00000FD, &pointers, 0), "Text"), "Stack Overflow");
@@ -163,6 +169,7 @@ TEST(EStructuredException, NamesKnownCodesOnly) {
 }
 
 TEST(EStructuredException, ParameterNamesRunPastTheDigits) {
+  qz_test::ScopedSetting<bool> no_dumps(SaveMiniDumpOnStructuredException, false);
   EXCEPTION_RECORD record = make_record(0xE0000001, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
   EXCEPTION_POINTERS pointers = {&record, nullptr};
   EStructuredException e(0xE0000001, &pointers, 0);
