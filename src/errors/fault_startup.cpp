@@ -8,6 +8,7 @@
 // handler can run the moment it is registered, and by then everything it
 // touches exists.
 #include "errors/fault_startup.h"
+#include "errors/vectored_handler.h"
 
 #include <qz/errors/throw.h>
 
@@ -103,3 +104,4 @@ purecall_installation purecall;
 DWORD vectored_reentry_slot() { return reentry_slot.index(); }
 DWORD fault_translator_slot() { return translator_slot.index(); }
 stack_overflow_handoff& overflow_handoff() { return handoff; }
+bool vectored_handler_installed() { return registration.installed(); }

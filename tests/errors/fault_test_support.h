@@ -8,6 +8,8 @@
 #include <qz/errors/exceptions.h>
 #include <qz/errors/tuning.h>
 
+#include "support/scoped_setting.h"
+
 #include <windows.h>
 
 #include <string>
@@ -69,16 +71,10 @@ inline std::string OverflowStack() {
   return "no exception";
 }
 
-// Switches crash dumps off while it lives: a dump costs seconds under Wine.
-class NoDumps {
+// Crash dumps off while it lives: a dump costs seconds under Wine.
+class NoDumps : qz_test::ScopedSetting<bool> {
  public:
-  NoDumps() : saved_(SaveMiniDumpOnStructuredException) { SaveMiniDumpOnStructuredException = false; }
-  ~NoDumps() { SaveMiniDumpOnStructuredException = saved_; }
-  NoDumps(const NoDumps&) = delete;
-  NoDumps& operator=(const NoDumps&) = delete;
-
- private:
-  bool saved_;
+  NoDumps() : ScopedSetting(SaveMiniDumpOnStructuredException, false) {}
 };
 
 }  // namespace fault_test
