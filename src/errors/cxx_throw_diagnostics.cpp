@@ -1,6 +1,7 @@
 #include "errors/cxx_throw_diagnostics.h"
 
 #include "errors/internal/gcc_thrown_object_mingw.h"
+#include "errors/throw_site.h"
 
 #include <qz/core/type_name.h>
 #include <qz/errors/exceptions.h>
@@ -70,13 +71,16 @@ void add_cxx_throw_diagnostics(EXCEPTION_POINTERS* pointers) {
   const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
   if (thrown_as<EStructuredException>(record) || thrown_as<EThreadInterrupt>(record)) return;
   EGeneric* generic = thrown_as<EGeneric>(record);
+  // Stack, error address and dump all start at the function that threw.
+  CONTEXT site = throw_site_context(*pointers->ContextRecord);
+  EXCEPTION_POINTERS at_site{pointers->ExceptionRecord, &site};
   std::optional<symbol_session> symbols;
   if (generic && ExtendDebugInformationFromException && !has_stack(*generic)) {
     symbols.emplace();
-    generic_access::extend_at_throw(*generic, pointers->ContextRecord);
+    generic_access::extend_at_throw(*generic, &site);
   }
   if (SaveMiniDumpOnCppException && MiniDumpExcludedTypes.find(kind_word(record)) == std::string::npos) {
-    const std::string path = EGeneric::SaveMiniDump(pointers, MiniDumpType, GetCurrentThreadId());
+    const std::string path = EGeneric::SaveMiniDump(&at_site, MiniDumpType, GetCurrentThreadId());
     if (generic && !path.empty()) {
       generic->put_value("MiniDump", path);
       generic_access::stack_to_back(*generic);
