@@ -21,6 +21,14 @@ std::string value_of(const EGeneric& e, const char* name) {
   return value.empty() ? "<none>" : value.as_string();
 }
 
+// A stack value ("\n-> frame" per frame) indented under its heading.
+void show_stack(const EGeneric& e) {
+  std::string stack = value_of(e, "Stack");
+  for (size_t at = stack.find('\n'); at != std::string::npos; at = stack.find('\n', at + 1))
+    stack.insert(at + 1, "    ");
+  std::printf("  Stack:%s\n", stack.c_str());
+}
+
 }  // namespace
 
 void tour_diagnostics() {
@@ -37,7 +45,7 @@ void tour_diagnostics() {
     show("Text", value_of(e, "Text"));
     show("ModuleName", value_of(e, "ModuleName"));
     show("AddressName", value_of(e, "AddressName"));
-    std::printf("  Stack:%s\n", value_of(e, "Stack").c_str());
+    show_stack(e);
   }
 
   section("A crash dump written at the fault, then cancelled");
@@ -62,7 +70,7 @@ void tour_diagnostics() {
   } catch (const EGeneric& e) {
     show("Text", value_of(e, "Text"));
     show("AddressName", value_of(e, "AddressName"));
-    std::printf("  Stack:%s\n", value_of(e, "Stack").c_str());
+    show_stack(e);
   }
 
   SaveMiniDumpOnStructuredException = saved_dumps;
