@@ -6,6 +6,7 @@
 // faulting thread waits, and the faulting thread throws a copy. Overflows
 // are handled one at a time: the hand-off slots and the event are shared.
 #include <qz/errors/exceptions.h>
+#include <qz/errors/structured_exceptions.h>
 #include <qz/errors/throw.h>
 #include <qz/sync/tlock.h>
 
@@ -43,6 +44,9 @@ EStackOverflowException::EStackOverflowException(_EXCEPTION_POINTERS* pointers, 
 // class.
 struct stack_overflow_helper : EStackOverflowException {
   static DWORD WINAPI run(void* target) {
+    // A fault while the dump or the stack is taken ends as an exception that
+    // the diagnostics swallow, not as the end of the process.
+    redirect_structured_exceptions translate;
     unsigned int result = 1;
     try {
       result = ThrowThread(target);

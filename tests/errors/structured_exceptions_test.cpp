@@ -91,11 +91,9 @@ TEST(FaultTranslation, FaultsArriveWithTheirExactValuesOnTheMainThreadAndOnOther
 
 TEST(FaultTranslation, DoesNotDependOnTheVectoredHandlersThrowWork) {
   NoDumps no_dumps;
-  UseVEH = false;
+  qz_test::ScopedSetting<bool> handler_off(UseVEH, false);
   temporary_redirect_structured_exceptions translate;
-  const std::string failures = CatchEveryFault();
-  UseVEH = true;
-  EXPECT_EQ(failures, "");
+  EXPECT_EQ(CatchEveryFault(), "");
 }
 
 // A fault in a function that has a try block and a destructor of its own.
