@@ -59,14 +59,15 @@ inline void ArmStackGuardPage() {
   VirtualProtect(page, 4096, PAGE_READWRITE | PAGE_GUARD, &old);
 }
 
-// Overflows the calling thread's stack; the caught exception's "Text".
+// Overflows the calling thread's stack; the caught exception's "Text" and
+// "Code".
 inline std::string OverflowStack() {
   ArmStackGuardPage();
   try {
     Recurse(0);
   } catch (const EStackOverflowException& e) {
     _value_t text = e.get_value("Text");
-    return text.as_string();
+    return text.as_string() + " " + std::to_string(static_cast<int>(e.get_value("Code")));
   }
   return "no exception";
 }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,22 @@ TEST(VectoredHandler, KeepsAStackTheThrowerAlreadyGave) {
   } catch (const EGeneric& e) {
     EXPECT_EQ(TextOf(e, "Stack"), "\n-> somewhere");
     EXPECT_EQ(TextOf(e, "ModuleName"), "<none>");
+  }
+}
+
+// An object whose text cannot be had: reading it throws.
+struct Unprintable : SmartPtrObj {
+  std::string ToString() const override { throw std::runtime_error("no text"); }
+};
+
+TEST(VectoredHandler, SwallowsItsOwnErrorsAndLeavesTheExceptionAsItWas) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
+  // The handler's look at "Stack" throws inside the handler itself.
+  try {
+    throw EGeneric({"Text", "outer"}, {"Stack", _value_t(new Unprintable)});
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(TextOf(e, "Text"), "outer");
+    EXPECT_EQ(e.values().size(), 2u);
   }
 }
 
