@@ -40,9 +40,9 @@ std::string kind_word(const EXCEPTION_RECORD& record) {
   return strip_prefix(strip_prefix(type_name(*type), "class "), "std::");
 }
 
-bool has_stack(const EGeneric& e) {
-  _value_t stack = e.get_value("Stack");
-  return !stack.empty() && !stack.as_string().empty();
+bool has_text(const EGeneric& e, const char* name) {
+  _value_t value = e.get_value(name);
+  return !value.empty() && !value.as_string().empty();
 }
 
 // Stops the symbol engine when the handler started it.
@@ -75,11 +75,14 @@ void add_cxx_throw_diagnostics(EXCEPTION_POINTERS* pointers) {
   CONTEXT site = throw_site_context(*pointers->ContextRecord);
   EXCEPTION_POINTERS at_site{pointers->ExceptionRecord, &site};
   std::optional<symbol_session> symbols;
-  if (generic && ExtendDebugInformationFromException && !has_stack(*generic)) {
+  if (generic && ExtendDebugInformationFromException && !has_text(*generic, "Stack")) {
     symbols.emplace();
     generic_access::extend_at_throw(*generic, &site);
   }
-  if (SaveMiniDumpOnCppException && MiniDumpExcludedTypes.find(kind_word(record)) == std::string::npos) {
+  // A rethrow raises the same object again: one error, one dump.
+  const bool dumped = generic && has_text(*generic, "MiniDump");
+  if (SaveMiniDumpOnCppException && !dumped &&
+      MiniDumpExcludedTypes.find(kind_word(record)) == std::string::npos) {
     const std::string path = EGeneric::SaveMiniDump(&at_site, MiniDumpType, GetCurrentThreadId());
     if (generic && !path.empty()) {
       generic->put_value("MiniDump", path);

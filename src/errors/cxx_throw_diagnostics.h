@@ -19,5 +19,6 @@ bool cxx_throw_diagnostics_wanted();
 // EThreadInterrupt (not an error), adds "ModuleName", "AddressName" and
 // "Stack" as seen at the throw to an EGeneric without a "Stack" yet, and
 // writes a dump for a thrown type that MiniDumpExcludedTypes does not name,
-// with its path as the EGeneric's "MiniDump".
+// with its path as the EGeneric's "MiniDump" (a rethrow of an EGeneric that
+// already has one writes no second dump).
 void add_cxx_throw_diagnostics(EXCEPTION_POINTERS* pointers);

@@ -140,12 +140,18 @@ TEST(VectoredHandler, ExcludedKindsAndInterruptionsNeverWriteADump) {
 TEST(VectoredHandler, AThrowWritesADumpWhenAskedAndTheExceptionCarriesItsPath) {
   DumpDirectory directory;
   ScopedSetting<bool> dumps(SaveMiniDumpOnCppException, true);
+  const size_t before = Dumps().size();
   try {
-    throw_from_deep_inside();
+    try {
+      throw_from_deep_inside();
+    } catch (const EGeneric&) {
+      throw;  // the same error: no second dump
+    }
   } catch (EGeneric& e) {
     const std::string path = TextOf(e, "MiniDump");
     EXPECT_TRUE(NamedAsADumpOf(path, "qz_errors_tests_EGeneric")) << path;
     EXPECT_TRUE(IsDump(path));
+    EXPECT_EQ(Dumps().size(), before + 1);
     e.cancel_minidump();
     EXPECT_EQ(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES);
   }
