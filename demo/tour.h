@@ -15,4 +15,5 @@ void tour_conversions();
 void tour_os();
 void tour_logging();
 void tour_multi_lock();
+void tour_symbols();
 void tour_diagnostics();

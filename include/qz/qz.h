@@ -12,6 +12,7 @@
 #include <qz/core/format.h>
 #include <qz/core/number_text.h>
 #include <qz/core/smart_ptr.h>
+#include <qz/core/smart_ptr_refs_logger.h>
 #include <qz/core/split_join.h>
 #include <qz/core/string_edit.h>
 #include <qz/core/type_name.h>

@@ -6,13 +6,11 @@
 // that the stack begins in the code that raised the error. None of these
 // functions may be inlined or end in a tail call, or that count would be off.
 #include "errors/fault_thread.h"
+#include "errors/symbol_engine.h"
 #include "errors/vectored_handler.h"
 
 #include <qz/errors/exceptions.h>
-#include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
-
-#include <windows.h>
 
 namespace {
 
@@ -44,8 +42,8 @@ __attribute__((noinline)) EGeneric::EGeneric(bool extend) {
   keep_frame();
 }
 
-// Diagnostics never replace the error being reported: their own failures are
-// swallowed.
+// Diagnostics never replace the error being reported: their own failures
+// are swallowed, in both forms.
 __attribute__((noinline)) void EGeneric::ExtendDebugInformation(_CONTEXT* context) {
   try {
     if (SaveMiniDumpOnCppException && !vectored_handler_installed() &&
@@ -55,12 +53,8 @@ __attribute__((noinline)) void EGeneric::ExtendDebugInformation(_CONTEXT* contex
     }
     if (!ExtendDebugInformationFromException) return;
     if (!context && vectored_handler_installed()) return;  // the handler adds them at the throw
-    if (!SymInitialize()) return;
-    try {
-      add_location_and_stack(*this, context, context ? 0 : kFramesOfTheLibrary);
-    } catch (...) {
-    }
-    SymCleanup();
+    symbol_engine_user engine;
+    if (engine) add_location_and_stack(*this, context, context ? 0 : kFramesOfTheLibrary);
   } catch (...) {
   }
   keep_frame();
@@ -68,20 +62,16 @@ __attribute__((noinline)) void EGeneric::ExtendDebugInformation(_CONTEXT* contex
 
 __attribute__((noinline)) void EGeneric::ExtendDebugInformation(_EXCEPTION_POINTERS* pointers) {
   try {
-    const bool started = (SaveMiniDumpOnStructuredException || ExtendDebugInformationFromException) &&
-                         SymInitialize();
-    try {
-      if (SaveMiniDumpOnStructuredException) {
-        const std::string path = SaveMiniDump(pointers, MiniDumpType, faulting_thread_id());
-        if (!path.empty()) put_value("MiniDump", path);
-      }
-      if (ExtendDebugInformationFromException && started) {
-        CONTEXT* context = pointers ? pointers->ContextRecord : nullptr;
-        add_location_and_stack(*this, context, context ? 0 : kFramesOfTheLibrary);
-      }
-    } catch (...) {
+    if (!SaveMiniDumpOnStructuredException && !ExtendDebugInformationFromException) return;
+    symbol_engine_user engine;  // one start for the dump and the names
+    if (SaveMiniDumpOnStructuredException) {
+      const std::string path = SaveMiniDump(pointers, MiniDumpType, faulting_thread_id());
+      if (!path.empty()) put_value("MiniDump", path);
     }
-    if (started) SymCleanup();
+    if (ExtendDebugInformationFromException && engine) {
+      CONTEXT* context = pointers ? pointers->ContextRecord : nullptr;
+      add_location_and_stack(*this, context, context ? 0 : kFramesOfTheLibrary);
+    }
   } catch (...) {
   }
   keep_frame();

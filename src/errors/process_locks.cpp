@@ -28,23 +28,24 @@ const native_locks& natives() {
 
 process_locks::process_locks() {
   const native_locks& n = natives();
-  // The heap list is read before any lock is held: reading it allocates.
-  heaps_.resize(GetProcessHeaps(0, nullptr) + 16);
-  const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps_.size()), heaps_.data());
-  if (count < heaps_.size()) heaps_.resize(count);  // more heaps than room: the nulls fail to lock
+  // Everything that allocates happens before the first lock is taken.
+  std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr) + 16);
+  const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
+  if (count < heaps.size()) heaps.resize(count);  // more heaps than room: the nulls fail to lock
+  locked_heaps_.reserve(heaps.size());
   if (n.lock_loader && n.unlock_loader)
     loader_locked_ = n.lock_loader(0, nullptr, &loader_cookie_) >= 0;
   if (n.acquire_peb && n.release_peb) {
     n.acquire_peb();
     peb_locked_ = true;
   }
-  for (; heaps_locked_ < heaps_.size(); ++heaps_locked_)
-    if (!HeapLock(heaps_[heaps_locked_])) break;
+  for (HANDLE heap : heaps)
+    if (heap && HeapLock(heap)) locked_heaps_.push_back(heap);
 }
 
 process_locks::~process_locks() {
   const native_locks& n = natives();
-  while (heaps_locked_ > 0) HeapUnlock(heaps_[--heaps_locked_]);
+  for (auto heap = locked_heaps_.rbegin(); heap != locked_heaps_.rend(); ++heap) HeapUnlock(*heap);
   if (peb_locked_) n.release_peb();
   if (loader_locked_) n.unlock_loader(0, loader_cookie_);
 }

@@ -7,7 +7,8 @@
 // and read module lists while it walks the other's stack. Taken in the
 // system's own order (loader, environment block, heaps) and released in
 // reverse. The native functions are looked up at run time; a missing one is
-// skipped.
+// skipped, and so is a heap that refuses its lock (one made without
+// serialisation has none).
 //
 // Thread safety: an instance belongs to the thread that made it.
 #pragma once
@@ -27,6 +28,5 @@ class process_locks {
   ULONG_PTR loader_cookie_ = 0;
   bool loader_locked_ = false;
   bool peb_locked_ = false;
-  std::vector<HANDLE> heaps_;
-  std::size_t heaps_locked_ = 0;
+  std::vector<HANDLE> locked_heaps_;
 };

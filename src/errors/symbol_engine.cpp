@@ -76,12 +76,17 @@ void unload(engine_state& state) {
 
 }  // namespace
 
+// A critical section has no timed wait: try, yield a few times (most holds
+// are short), then poll once a millisecond until the time-out.
 symbol_lock::symbol_lock(DWORD timeout_ms) : held_(false) {
   CRITICAL_SECTION& section = engine().lock;
   const DWORD start = GetTickCount();
-  while (!(held_ = TryEnterCriticalSection(&section) != FALSE)) {
+  for (int attempt = 0; !(held_ = TryEnterCriticalSection(&section) != FALSE); ++attempt) {
     if (GetTickCount() - start >= timeout_ms) return;
-    Sleep(1);
+    if (attempt < 64)
+      SwitchToThread();
+    else
+      Sleep(1);
   }
 }
 

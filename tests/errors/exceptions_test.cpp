@@ -2,9 +2,9 @@
 #include <qz/errors/throw.h>
 #include <qz/errors/tuning.h>
 
-#include <gtest/gtest.h>
-
 #include "support/scoped_setting.h"
+
+#include <gtest/gtest.h>
 
 #include <errno.h>
 

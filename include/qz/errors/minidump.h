@@ -43,5 +43,5 @@ struct _EXCEPTION_POINTERS;
 // thread `thread_id`. `type` holds the minidump writer's kind flags (0: the
 // normal, smallest kind). True on success; any failure, the writer's own
 // errors included, gives false.
-QZ_API bool WriteMiniDump(const std::string& path, _EXCEPTION_POINTERS* pointers, unsigned long type,
-                          unsigned long thread_id);
+QZ_API bool WriteMiniDump(const std::string& path, _EXCEPTION_POINTERS* pointers,
+                          unsigned long type, unsigned long thread_id);

@@ -1,0 +1,149 @@
+#include <qz/errors/exceptions.h>
+#include <qz/errors/symbols.h>
+#include <qz/errors/tuning.h>
+
+#include "support/scoped_setting.h"
+#include "support/test_threads.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <string>
+
+namespace {
+
+using qz_test::ScopedSetting;
+
+bool starts_with(const std::string& text, const std::string& prefix) {
+  return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+std::string text_of(const EGeneric& e, const char* name) {
+  _value_t value = e.get_value(name);
+  return value.empty() ? "<none>" : value.as_string();
+}
+
+// The first "\n-> " line of a stack text, without the arrow.
+std::string first_frame(const std::string& stack) {
+  if (!starts_with(stack, "\n-> ")) return "<no frame>";
+  return stack.substr(4, stack.find('\n', 4) - 4);
+}
+
+// A test body's frame: test names are long, so the name comes shortened.
+bool is_test_body(const std::string& frame) {
+  return frame.find("_Test::TestBody+") != std::string::npos &&
+         frame.find("[debug_information_test.cpp#") != std::string::npos;
+}
+
+std::string names_of(const EGeneric& e) {
+  std::string names;
+  for (const auto& entry : e.values()) names += entry.first + ",";
+  return names;
+}
+
+// The engine stays started for the suite (each start costs seconds under
+// Wine); dumps stay off unless a test is about them.
+class DebugInformationTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { ASSERT_TRUE(SymInitialize()); }
+  static void TearDownTestSuite() { SymCleanup(); }
+
+  ScopedSetting<bool> no_structured_dumps_{SaveMiniDumpOnStructuredException, false};
+  ScopedSetting<bool> no_thrown_dumps_{SaveMiniDumpOnCppException, false};
+};
+
+__attribute__((noinline)) void throw_extended() {
+  throw EGeneric(true);
+}
+
+TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltIt) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
+  try {
+    throw_extended();
+    FAIL();
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(names_of(e), "ModuleName,AddressName,Stack,");
+    EXPECT_EQ(text_of(e, "ModuleName"), "qz_errors_tests");
+    EXPECT_TRUE(starts_with(text_of(e, "AddressName"), "throw_extended+")) << text_of(e, "AddressName");
+    EXPECT_NE(text_of(e, "AddressName").find("[debug_information_test.cpp#"), std::string::npos);
+    EXPECT_TRUE(starts_with(text_of(e, "Stack"), "\n-> " + text_of(e, "AddressName") + "\n-> "))
+        << text_of(e, "Stack");
+  }
+}
+
+TEST_F(DebugInformationTest, WithoutTheSettingAnExtendedEGenericStaysEmpty) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, false);
+  EXPECT_TRUE(EGeneric(true).values().empty());
+}
+
+__attribute__((noinline)) EStructuredException fault_at_captured_context() {
+  CONTEXT context;
+  RtlCaptureContext(&context);
+  EXCEPTION_RECORD record = {};
+  record.ExceptionCode = EXCEPTION_INT_DIVIDE_BY_ZERO;
+  record.ExceptionAddress = reinterpret_cast<void*>(context.Rip);
+  EXCEPTION_POINTERS pointers = {&record, &context};
+  return EStructuredException(EXCEPTION_INT_DIVIDE_BY_ZERO, &pointers, GetCurrentThreadId());
+}
+
+TEST_F(DebugInformationTest, AStructuredExceptionWalksFromTheFaultsContextAndEndsWithTheStack) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
+  const EStructuredException e = fault_at_captured_context();
+  EXPECT_EQ(names_of(e), "Text,Code,Address,ModuleName,AddressName,Stack,");
+  EXPECT_TRUE(starts_with(text_of(e, "AddressName"), "fault_at_captured_context+"));
+  EXPECT_TRUE(starts_with(text_of(e, "Stack"), "\n-> fault_at_captured_context+"));
+
+  // Without a context the walk starts where the exception was built.
+  EXCEPTION_RECORD record = {};
+  EXCEPTION_POINTERS no_context = {&record, nullptr};
+  const EStructuredException here(0xC0000096, &no_context, GetCurrentThreadId());
+  EXPECT_TRUE(is_test_body(first_frame(text_of(here, "Stack")))) << text_of(here, "Stack");
+}
+
+__attribute__((noinline)) std::string stack_from_here() {
+  std::string stack = EGeneric::BuildStack(nullptr, 1, nullptr);  // BuildStack's own frame dropped
+  return stack + std::string(GetTickCount() & 0, 'x');             // no tail call
+}
+
+TEST_F(DebugInformationTest, BuildStackAndMyDebugStackStartAtTheirCaller) {
+  EXPECT_TRUE(starts_with(stack_from_here(), "\n-> stack_from_here+"));
+  const std::string mine = GetMyDebugStack();
+  const std::string header = "Thread " + std::to_string(GetCurrentThreadId());
+  ASSERT_TRUE(starts_with(mine, header)) << mine;
+  EXPECT_TRUE(is_test_body(first_frame(mine.substr(header.size())))) << mine;
+}
+
+HANDLE parked_release = nullptr;
+
+__attribute__((noinline)) void park_in_known_function() {
+  WaitForSingleObject(parked_release, 30000);
+  GetTickCount();  // the wait is no tail call
+}
+
+TEST_F(DebugInformationTest, SnapshotShowsEveryThreadOnceWithTheCallerFirst) {
+  parked_release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  DWORD parked_id = 0;
+  {
+    qz_test::WorkerThread parked([&] {
+      parked_id = GetCurrentThreadId();
+      park_in_known_function();
+    });
+    ASSERT_TRUE(qz_test::Eventually([&] { return parked_id != 0; }));
+    Sleep(50);  // into the wait
+    const std::string snapshot = TakeDebugSnapshot();
+    SetEvent(parked_release);
+
+    EXPECT_TRUE(starts_with(snapshot, "Thread " + std::to_string(GetCurrentThreadId()) + "\n-> "));
+    const std::string header = "\n\nThread " + std::to_string(parked_id) + "\n-> ";
+    const std::size_t block = snapshot.find(header);
+    ASSERT_NE(block, std::string::npos) << snapshot;
+    const std::size_t next = snapshot.find("\n\nThread ", block + 1);
+    EXPECT_NE(snapshot.substr(block, next - block).find("\n-> park_in_known_function+"), std::string::npos)
+        << snapshot;
+    EXPECT_EQ(snapshot.find(header, block + 1), std::string::npos);
+  }
+  CloseHandle(parked_release);
+}
+
+}  // namespace
