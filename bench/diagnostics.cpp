@@ -93,7 +93,9 @@ void throw_cost() {
   goals.push_back({"throw_with_handler", with_handler / without, 1.10});
 }
 
-__attribute__((noinline)) int read_at(std::uintptr_t address) { return *reinterpret_cast<volatile int*>(address); }
+__attribute__((noinline)) int read_at(std::uintptr_t address) {
+  return *reinterpret_cast<volatile int*>(address);
+}
 int (*volatile reader)(std::uintptr_t) = &read_at;
 __attribute__((noinline)) void throw_structured() { throw EStructuredException(); }
 void (*volatile structured_thrower)() = &throw_structured;
@@ -101,7 +103,7 @@ void (*volatile structured_thrower)() = &throw_structured;
 void fault_cost() {
   const int rounds = 5;
   const int count = 500;
-  std::printf("\nA fault translated into a caught EStructuredException, dumps off (best of %d rounds of %d):\n",
+  std::printf("\nA fault caught as EStructuredException, dumps off (best of %d rounds of %d):\n",
               rounds, count);
   const bool saved = SaveMiniDumpOnStructuredException;
   SaveMiniDumpOnStructuredException = false;
@@ -156,10 +158,12 @@ void stack_cost() {
   descend(kFrames, [&] {
     captured = best_ns(rounds, count, [&](int n) {
       void* raw[kFrames];
-      for (int i = 0; i < n; ++i) captured_frames = RtlCaptureStackBackTrace(0, kFrames, raw, nullptr);
+      for (int i = 0; i < n; ++i)
+        captured_frames = RtlCaptureStackBackTrace(0, kFrames, raw, nullptr);
     });
     walk = best_ns(rounds, count, [&](int n) {
-      for (int i = 0; i < n; ++i) walked = StackWalk(frames, nullptr, GetCurrentThread(), 0, kFrames);
+      for (int i = 0; i < n; ++i)
+        walked = StackWalk(frames, nullptr, GetCurrentThread(), 0, kFrames);
     });
   });
   naming = best_ns(rounds, count, [&](int n) {
@@ -182,6 +186,7 @@ int main() {
   stack_cost();
   std::printf("\n");
   for (const Goal& g : goals)
-    std::printf("goal %s: %.2f x (limit %.2f) %s\n", g.name, g.ratio, g.limit, g.ratio <= g.limit ? "met" : "NOT met");
+    std::printf("goal %s: %.2f x (limit %.2f) %s\n", g.name, g.ratio, g.limit,
+                g.ratio <= g.limit ? "met" : "NOT met");
   return 0;
 }

@@ -16,7 +16,8 @@ namespace {
 // The protected members of EGeneric that the handler works with.
 struct generic_access : EGeneric {
   static void extend_at_throw(EGeneric& e, _CONTEXT* context) {
-    auto extend = static_cast<void (EGeneric::*)(_CONTEXT*)>(&generic_access::ExtendDebugInformation);
+    auto extend =
+        static_cast<void (EGeneric::*)(_CONTEXT*)>(&generic_access::ExtendDebugInformation);
     (e.*extend)(context);
   }
   static void stack_to_back(EGeneric& e) { (e.*(&generic_access::move_to_back))("Stack"); }
@@ -61,7 +62,9 @@ class symbol_session {
 
 }  // namespace
 
-bool is_cxx_throw(const EXCEPTION_RECORD& record) { return record.ExceptionCode == qz_gcc::kThrowCode; }
+bool is_cxx_throw(const EXCEPTION_RECORD& record) {
+  return record.ExceptionCode == qz_gcc::kThrowCode;
+}
 
 bool cxx_throw_diagnostics_wanted() {
   return ExtendDebugInformationFromException || SaveMiniDumpOnCppException;

@@ -57,10 +57,10 @@ class vectored_registration {
  public:
   vectored_registration() {
     HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
-    add_ = reinterpret_cast<add_fn>(reinterpret_cast<void*>(
-        GetProcAddress(kernel, "AddVectoredExceptionHandler")));
-    remove_ = reinterpret_cast<remove_fn>(reinterpret_cast<void*>(
-        GetProcAddress(kernel, "RemoveVectoredExceptionHandler")));
+    add_ = reinterpret_cast<add_fn>(
+        reinterpret_cast<void*>(GetProcAddress(kernel, "AddVectoredExceptionHandler")));
+    remove_ = reinterpret_cast<remove_fn>(
+        reinterpret_cast<void*>(GetProcAddress(kernel, "RemoveVectoredExceptionHandler")));
     if (add_ && remove_) handle_ = add_(1, &qz_vectored_handler);
   }
   ~vectored_registration() {

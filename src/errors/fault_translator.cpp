@@ -71,6 +71,7 @@ bool is_translatable_fault(const EXCEPTION_RECORD& record) {
 }
 
 void translate_fault(unsigned int code, EXCEPTION_POINTERS* pointers) {
-  if (code == EXCEPTION_STACK_OVERFLOW) EStackOverflowException::Throw(pointers, GetCurrentThreadId());
+  if (code == EXCEPTION_STACK_OVERFLOW)
+    EStackOverflowException::Throw(pointers, GetCurrentThreadId());
   throw EStructuredException(code, pointers, GetCurrentThreadId());
 }

@@ -37,7 +37,8 @@ void wait_for_helper(HANDLE done, HANDLE helper) {
 
 }  // namespace
 
-EStackOverflowException::EStackOverflowException(_EXCEPTION_POINTERS* pointers, unsigned long thread_id)
+EStackOverflowException::EStackOverflowException(_EXCEPTION_POINTERS* pointers,
+                                                 unsigned long thread_id)
     : EStructuredException(kStackOverflow, pointers, thread_id) {}
 
 // ThrowThread is protected: the thread entry reaches it through a derived

@@ -27,10 +27,15 @@ struct FaultCase {
   std::vector<int> parameters;
 };
 
+using fault_test::divide_by;
+using fault_test::read_at;
+using fault_test::write_at;
+const int kAccessViolation = -1073741819;  // 0xC0000005
+
 const FaultCase kFaults[] = {
-    {"read", &fault_test::read_at, 0x10, "Access Violation (read from 0x10)", -1073741819, {0, 0x10}},
-    {"write", &fault_test::write_at, 0x20, "Access Violation (write to 0x20)", -1073741819, {1, 0x20}},
-    {"divide", &fault_test::divide_by, 0, "Divide by Zero", -1073741676, {}},
+    {"read", &read_at, 0x10, "Access Violation (read from 0x10)", kAccessViolation, {0, 0x10}},
+    {"write", &write_at, 0x20, "Access Violation (write to 0x20)", kAccessViolation, {1, 0x20}},
+    {"divide", &divide_by, 0, "Divide by Zero", -1073741676, {}},
 };
 
 // The list of a caught fault, each value as "name=text;".
@@ -63,11 +68,13 @@ std::string CatchEveryFault() {
       // function that faulted.
       const auto start = reinterpret_cast<std::uintptr_t>(*fault.function);
       const auto address = static_cast<std::uint32_t>(static_cast<int>(e.get_value("Address")));
-      if (address < static_cast<std::uint32_t>(start) || address > static_cast<std::uint32_t>(start) + 64)
+      if (address < static_cast<std::uint32_t>(start) ||
+          address > static_cast<std::uint32_t>(start) + 64)
         failures += std::string(fault.name) + ": address outside the faulting function\n";
       const std::string values = ValuesOf(e);
       const std::string expected = Expected(fault, static_cast<int>(address));
-      if (values != expected) failures += std::string(fault.name) + ": " + values + " != " + expected + "\n";
+      if (values != expected)
+        failures += std::string(fault.name) + ": " + values + " != " + expected + "\n";
     }
   }
   return failures;
@@ -149,7 +156,7 @@ TEST(FaultTranslation, SeveralThreadsFaultingAtOnceAreAllTranslated) {
       WaitForSingleObject(start, 10000);
       for (int round = 0; round < kRounds; ++round) {
         try {
-          (round % 2 ? fault_test::read_at : fault_test::divide_by)(0);
+          (round % 2 ? read_at : divide_by)(0);
         } catch (const EStructuredException&) {
           ++translated;
         }
@@ -232,7 +239,8 @@ int OpenHandles() {
 size_t CommittedPrivateBytes() {
   size_t total = 0;
   MEMORY_BASIC_INFORMATION info;
-  for (char* at = nullptr; VirtualQuery(at, &info, sizeof info) == sizeof info; at += info.RegionSize) {
+  for (char* at = nullptr; VirtualQuery(at, &info, sizeof info) == sizeof info;
+       at += info.RegionSize) {
     if (info.State == MEM_COMMIT && info.Type == MEM_PRIVATE) total += info.RegionSize;
     if (at + info.RegionSize < at) break;
   }
@@ -242,7 +250,7 @@ size_t CommittedPrivateBytes() {
 void FaultAndOverflow(int faults, int overflows) {
   for (int i = 0; i < faults; ++i) {
     try {
-      fault_test::read_at(0x10);
+      read_at(0x10);
     } catch (const EStructuredException&) {
     }
   }

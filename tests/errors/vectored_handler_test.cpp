@@ -46,7 +46,8 @@ TEST(VectoredHandler, AThrownEGenericCarriesTheLocationAndStackOfItsThrowOnlyWhi
   {
     const EGeneric e = CaughtFarAway();
     EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
-    EXPECT_EQ(TextOf(e, "AddressName").rfind("ThrowFromDeepInside+", 0), 0u) << TextOf(e, "AddressName");
+    EXPECT_EQ(TextOf(e, "AddressName").rfind("ThrowFromDeepInside+", 0), 0u)
+        << TextOf(e, "AddressName");
     const std::string stack = TextOf(e, "Stack");
     EXPECT_EQ(stack.rfind("\n-> ThrowFromDeepInside+", 0), 0u) << stack;
     EXPECT_NE(stack.find("\n-> PassThrough+"), std::string::npos) << stack;
@@ -54,7 +55,8 @@ TEST(VectoredHandler, AThrownEGenericCarriesTheLocationAndStackOfItsThrowOnlyWhi
   }
   ScopedSetting<bool> handler_off(UseVEH, false);
   const EGeneric e = CaughtFarAway();
-  EXPECT_EQ(TextOf(e, "Stack") + TextOf(e, "ModuleName") + TextOf(e, "AddressName"), "<none><none><none>");
+  EXPECT_EQ(TextOf(e, "Stack") + TextOf(e, "ModuleName") + TextOf(e, "AddressName"),
+            "<none><none><none>");
 }
 
 TEST(VectoredHandler, KeepsAStackTheThrowerAlreadyGave) {
@@ -97,7 +99,8 @@ std::vector<std::string> Dumps() {
 
 bool IsDump(const std::string& path) {
   char magic[4] = {};
-  HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  HANDLE file =
+      CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
   if (file == INVALID_HANDLE_VALUE) return false;
   DWORD read = 0;
   ReadFile(file, magic, sizeof magic, &read, nullptr);
@@ -109,8 +112,8 @@ bool IsDump(const std::string& path) {
 bool NamedAsADumpOf(const std::string& path, const std::string& module_and_kind) {
   const std::string prefix = "Dumps\\" + module_and_kind + "_";
   const std::string time = path.substr(std::min(prefix.size(), path.size()));
-  return path.rfind(prefix, 0) == 0 && time.size() == 27 && time.substr(23) == ".dmp" && time[4] == '_' &&
-         time[19] == '_';
+  return path.rfind(prefix, 0) == 0 && time.size() == 27 && time.substr(23) == ".dmp" &&
+         time[4] == '_' && time[19] == '_';
 }
 
 // Leaves the dump directory as it found it.

@@ -14,16 +14,17 @@ const int kMaxMachineryFrames = 8;
 
 HMODULE module_of(DWORD64 address) {
   HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(address), &module);
+  GetModuleHandleExW(
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+      reinterpret_cast<LPCWSTR>(address), &module);
   return module;
 }
 
 bool in_throw_machinery(DWORD64 address) {
   const HMODULE module = module_of(address);
   if (!module) return false;
-  for (const wchar_t* name : {L"ntdll.dll", L"kernelbase.dll", L"kernel32.dll", L"libgcc_s_seh-1.dll",
-                              L"libstdc++-6.dll"})
+  for (const wchar_t* name : {L"ntdll.dll", L"kernelbase.dll", L"kernel32.dll",
+                              L"libgcc_s_seh-1.dll", L"libstdc++-6.dll"})
     if (module == GetModuleHandleW(name)) return true;
   return false;
 }
@@ -35,8 +36,8 @@ bool unwind_one_frame(CONTEXT& context) {
   if (function) {
     void* handler_data = nullptr;
     DWORD64 frame = 0;
-    RtlVirtualUnwind(UNW_FLAG_NHANDLER, image_base, context.Rip, function, &context, &handler_data, &frame,
-                     nullptr);
+    RtlVirtualUnwind(UNW_FLAG_NHANDLER, image_base, context.Rip, function, &context, &handler_data,
+                     &frame, nullptr);
   } else {  // a leaf function: the return address is on top of the stack
     context.Rip = *reinterpret_cast<DWORD64*>(context.Rsp);
     context.Rsp += 8;
