@@ -41,6 +41,20 @@ __attribute__((noinline)) inline int Recurse(int depth) {
   return next(depth + 1) + frame[0];
 }
 
+// Frames of every size: a small one (the overflow tends to hit a push or a
+// call), and one above a page, whose stack is probed by the runtime's
+// stack-check helper before the function's body runs.
+__attribute__((noinline)) inline int RecurseSmall(int depth) {
+  int (*volatile next)(int) = &RecurseSmall;
+  return next(depth + 1) + depth;
+}
+__attribute__((noinline)) inline int RecurseLarge(int depth) {
+  volatile char frame[8192];
+  frame[depth % 8192] = static_cast<char>(depth);
+  int (*volatile next)(int) = &RecurseLarge;
+  return next(depth + 1) + frame[0];
+}
+
 inline bool UnderWine() {
   return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
@@ -61,10 +75,10 @@ inline void ArmStackGuardPage() {
 
 // Overflows the calling thread's stack; the caught exception's "Text" and
 // "Code".
-inline std::string OverflowStack() {
+inline std::string OverflowStack(int (*recurse)(int) = &Recurse) {
   ArmStackGuardPage();
   try {
-    Recurse(0);
+    recurse(0);
   } catch (const EStackOverflowException& e) {
     _value_t text = e.get_value("Text");
     return text.as_string() + " " + std::to_string(static_cast<int>(e.get_value("Code")));

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
+
 #include <atomic>
 #include <memory>
 #include <vector>
@@ -129,14 +131,75 @@ TEST(FaultTranslation, UnwindsThroughTheFaultingFunctionsOwnTryBlockAndDestructo
   EXPECT_EQ(destroyed, 1);
 }
 
-TEST(StackOverflow, TwoOverflowsInARowAreCaughtWithResetStackBetween) {
+TEST(StackOverflow, OverflowsInARowAreCaughtWithResetStackBetweenWhateverTheFrameSize) {
   NoDumps no_dumps;
   qz_test::WorkerThread worker([] {
     redirect_structured_exceptions translate;
-    EXPECT_EQ(fault_test::OverflowStack(), "Stack Overflow -1073741571");
-    EXPECT_TRUE(EStackOverflowException::ResetStack());
-    EXPECT_EQ(fault_test::OverflowStack(), "Stack Overflow -1073741571");
-    EXPECT_TRUE(EStackOverflowException::ResetStack());
+    for (auto recurse :
+         {&fault_test::Recurse, &fault_test::RecurseSmall, &fault_test::RecurseLarge})
+      for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(fault_test::OverflowStack(recurse), "Stack Overflow -1073741571");
+        EXPECT_TRUE(EStackOverflowException::ResetStack());
+      }
+  });
+  ASSERT_TRUE(worker.Join(60000));
+  EXPECT_EQ(worker.error(), "");
+}
+
+// Recurses without end. Each frame is a return address, two pushes and 40
+// bytes: a page boundary falls on the call's store or on the second push,
+// which lies in the prologue.
+extern "C" int qz_test_push_recurse();
+asm(R"(
+    .text
+    .globl qz_test_push_recurse
+    .def qz_test_push_recurse; .scl 2; .type 32; .endef
+    .seh_proc qz_test_push_recurse
+qz_test_push_recurse:
+    push %rbx
+    .seh_pushreg %rbx
+    push %rsi
+    .seh_pushreg %rsi
+    sub $40, %rsp
+    .seh_stackalloc 40
+    .seh_endprologue
+    call qz_test_push_recurse
+    nop
+    add $40, %rsp
+    pop %rsi
+    pop %rbx
+    ret
+    .seh_endproc
+)");
+
+// Overflows from a stack moved down by `shift` bytes; the fault's "Address".
+__attribute__((noinline)) std::uint32_t OverflowShiftedBy(int shift) {
+  volatile char* pad = static_cast<volatile char*>(alloca(shift + 8));
+  pad[0] = 0;
+  int (*volatile recurse)() = &qz_test_push_recurse;
+  fault_test::ArmStackGuardPage();
+  try {
+    recurse();
+  } catch (const EStackOverflowException& e) {
+    return static_cast<std::uint32_t>(static_cast<int>(e.get_value("Address")));
+  }
+  return 0;
+}
+
+TEST(StackOverflow, AnOverflowAtAPushInAPrologueUnwindsAsWell) {
+  NoDumps no_dumps;
+  qz_test::WorkerThread worker([] {
+    redirect_structured_exceptions translate;
+    const auto push =
+        static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&qz_test_push_recurse)) + 1;
+    bool at_push = false;
+    for (int shift = 0; shift < 64; shift += 16) {  // every place of a 64-byte frame
+      const std::uint32_t address = OverflowShiftedBy(shift);
+      EXPECT_NE(address, 0u);
+      at_push = at_push || address == push;
+      EStackOverflowException::ResetStack();
+    }
+    EXPECT_TRUE(at_push) << "no overflow met the push";
   });
   ASSERT_TRUE(worker.Join(60000));
   EXPECT_EQ(worker.error(), "");

@@ -14,7 +14,11 @@
 // The machine frame holds the faulting address + 1: GCC's language handler
 // looks up "return address - 1" in the call-site table, and the faulting
 // address itself could then fall into the previous instruction's range. Any
-// byte inside the faulting instruction is inside its range.
+// byte inside the faulting instruction is inside its range. A fault inside a
+// function's prologue (a push that overflows the stack) is the exception:
+// there the unwinder undoes the prologue steps that end at or before the
+// address it is given, and no language handler runs, so it gets the faulting
+// address itself, or it would undo the push that never happened.
 #include "errors/fault_redirect.h"
 
 #include <cstdint>
@@ -57,6 +61,17 @@ struct fault_copy {
   CONTEXT context;
 };
 
+// Whether `address` lies in the prologue of a function with unwind
+// information (the second byte of that information is the prologue's size).
+bool in_prologue(std::uint64_t address) {
+  DWORD64 image_base = 0;
+  const RUNTIME_FUNCTION* function = RtlLookupFunctionEntry(address, &image_base, nullptr);
+  if (!function) return false;
+  const auto* unwind_info =
+      reinterpret_cast<const unsigned char*>(image_base + function->UnwindData);
+  return address - (image_base + function->BeginAddress) < unwind_info[1];
+}
+
 }  // namespace
 
 void redirect_fault_to_translator(EXCEPTION_POINTERS* pointers, thread_fault_state& state) {
@@ -67,7 +82,7 @@ void redirect_fault_to_translator(EXCEPTION_POINTERS* pointers, thread_fault_sta
 
   const std::uint64_t top = (context.Rsp - kRedZone) & ~std::uint64_t{15};
   auto* frame = reinterpret_cast<std::uint64_t*>(top) - 5;
-  frame[0] = context.Rip + 1;
+  frame[0] = in_prologue(context.Rip) ? context.Rip : context.Rip + 1;
   frame[1] = context.SegCs;
   frame[2] = context.EFlags;
   frame[3] = context.Rsp;
