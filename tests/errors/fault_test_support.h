@@ -33,17 +33,9 @@ inline FaultFunction volatile read_at = &ReadAt;
 inline FaultFunction volatile write_at = &WriteAt;
 inline FaultFunction volatile divide_by = &DivideBy;
 
-// Recurses until the stack runs out.
-__attribute__((noinline)) inline int Recurse(int depth) {
-  volatile char frame[512];
-  frame[0] = static_cast<char>(depth);
-  int (*volatile next)(int) = &Recurse;
-  return next(depth + 1) + frame[0];
-}
-
-// Frames of every size: a small one (the overflow tends to hit a push or a
-// call), and one above a page, whose stack is probed by the runtime's
-// stack-check helper before the function's body runs.
+// Recursions until the stack runs out: with a small frame, and with one
+// above a page, whose stack the runtime's stack-check helper probes before
+// the function's body runs.
 __attribute__((noinline)) inline int RecurseSmall(int depth) {
   int (*volatile next)(int) = &RecurseSmall;
   return next(depth + 1) + depth;
@@ -75,7 +67,7 @@ inline void ArmStackGuardPage() {
 
 // Overflows the calling thread's stack; the caught exception's "Text" and
 // "Code".
-inline std::string OverflowStack(int (*recurse)(int) = &Recurse) {
+inline std::string OverflowStack(int (*recurse)(int) = &RecurseSmall) {
   ArmStackGuardPage();
   try {
     recurse(0);

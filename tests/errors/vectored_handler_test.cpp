@@ -59,16 +59,6 @@ TEST(VectoredHandler, AThrownEGenericCarriesTheLocationAndStackOfItsThrowOnlyWhi
             "<none><none><none>");
 }
 
-TEST(VectoredHandler, KeepsAStackTheThrowerAlreadyGave) {
-  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
-  try {
-    throw EGeneric({"Text", "given"}, {"Stack", "\n-> somewhere"});
-  } catch (const EGeneric& e) {
-    EXPECT_EQ(TextOf(e, "Stack"), "\n-> somewhere");
-    EXPECT_EQ(TextOf(e, "ModuleName"), "<none>");
-  }
-}
-
 // An object whose text cannot be had: reading it throws.
 struct Unprintable : SmartPtrObj {
   std::string ToString() const override { throw std::runtime_error("no text"); }
