@@ -9,7 +9,10 @@
 
 #include <windows.h>
 
+#include <atomic>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -114,36 +117,44 @@ TEST_F(DebugInformationTest, BuildStackAndMyDebugStackStartAtTheirCaller) {
   EXPECT_TRUE(is_test_body(first_frame(mine.substr(header.size())))) << mine;
 }
 
-HANDLE parked_release = nullptr;
 
-__attribute__((noinline)) void park_in_known_function() {
-  WaitForSingleObject(parked_release, 30000);
-  GetTickCount();  // the wait is no tail call
+__attribute__((noinline)) void churn_heaps(const std::atomic<bool>& stop, std::size_t size) {
+  while (!stop) {
+    HeapFree(GetProcessHeap(), 0, HeapAlloc(GetProcessHeap(), 0, size));
+    std::string churn(size, 'x');  // the runtime's heap too
+    churn += std::to_string(churn.size());
+  }
 }
 
-TEST_F(DebugInformationTest, SnapshotShowsEveryThreadOnceWithTheCallerFirst) {
-  parked_release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  DWORD parked_id = 0;
-  {
-    qz_test::WorkerThread parked([&] {
-      parked_id = GetCurrentThreadId();
-      park_in_known_function();
-    });
-    ASSERT_TRUE(qz_test::Eventually([&] { return parked_id != 0; }));
-    Sleep(50);  // into the wait
+// Threads suspended in the middle of allocating hold a heap's lock; the
+// snapshot must not wait for it while it walks them.
+TEST_F(DebugInformationTest, SnapshotShowsEveryThreadOnceWithTheCallerFirstAndNeverHangs) {
+  std::atomic<bool> stop{false};
+  std::atomic<int> started{0};
+  std::vector<std::unique_ptr<qz_test::WorkerThread>> busy;
+  std::vector<DWORD> ids(3);
+  for (int t = 0; t < 3; ++t)
+    busy.push_back(std::make_unique<qz_test::WorkerThread>([&, t] {
+      ids[t] = GetCurrentThreadId();
+      ++started;
+      churn_heaps(stop, 1000 + t * 100);
+    }));
+  ASSERT_TRUE(qz_test::Eventually([&] { return started == 3; }));
+  for (int round = 0; round < 2; ++round) {
     const std::string snapshot = TakeDebugSnapshot();
-    SetEvent(parked_release);
-
     EXPECT_TRUE(starts_with(snapshot, "Thread " + std::to_string(GetCurrentThreadId()) + "\n-> "));
-    const std::string header = "\n\nThread " + std::to_string(parked_id) + "\n-> ";
-    const std::size_t block = snapshot.find(header);
-    ASSERT_NE(block, std::string::npos) << snapshot;
-    const std::size_t next = snapshot.find("\n\nThread ", block + 1);
-    EXPECT_NE(snapshot.substr(block, next - block).find("\n-> park_in_known_function+"), std::string::npos)
-        << snapshot;
-    EXPECT_EQ(snapshot.find(header, block + 1), std::string::npos);
+    for (DWORD id : ids) {
+      const std::string header = "\n\nThread " + std::to_string(id) + "\n-> ";
+      const std::size_t block = snapshot.find(header);
+      ASSERT_NE(block, std::string::npos) << snapshot;
+      const std::size_t next = snapshot.find("\n\nThread ", block + 1);
+      EXPECT_NE(snapshot.substr(block, next - block).find("\n-> churn_heaps+"), std::string::npos)
+          << snapshot;
+      EXPECT_EQ(snapshot.find(header, block + 1), std::string::npos);
+    }
   }
-  CloseHandle(parked_release);
+  stop = true;
+  for (auto& thread : busy) EXPECT_TRUE(thread->Join(30000));
 }
 
 }  // namespace
