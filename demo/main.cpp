@@ -16,6 +16,7 @@ int main() {
     tour_multi_lock();
     tour_com();
     tour_symbols();
+    tour_diagnostics();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

@@ -17,3 +17,4 @@ void tour_logging();
 void tour_multi_lock();
 void tour_com();
 void tour_symbols();
+void tour_diagnostics();

@@ -81,6 +81,21 @@ class QZ_API EStructuredException : public EGeneric {
 class QZ_API EStackOverflowException : public EStructuredException {
  public:
   EStackOverflowException();
+  // The same values as EStructuredException(0xC00000FD, pointers, thread_id).
+  EStackOverflowException(_EXCEPTION_POINTERS* pointers, unsigned long thread_id);
+
+  // Throws the EStackOverflowException of a fault met on this thread. Its
+  // values are built on a helper thread with a fresh stack (the overflowed
+  // one has only its guarantee left), one overflow of the process at a time.
+  // ESystemException when the helper thread cannot be started or waited for.
+  [[noreturn]] static void Throw(_EXCEPTION_POINTERS* pointers, unsigned long thread_id);
+  // Restores the stack's guard page after a caught overflow; a thread must
+  // call it before it can survive its next overflow. True on success.
+  static bool ResetStack();
+
+ protected:
+  // The helper thread's body: fills the EStackOverflowException at `target`.
+  static unsigned int ThrowThread(void* target);
 };
 
 // Thrown to unwind a thread that is being interrupted. Deliberately outside
