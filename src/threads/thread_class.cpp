@@ -42,7 +42,15 @@ TThreadClass::TThreadClass() noexcept : TThread(DoNotInitialize), thread_state(k
 // last resort for one that did not.
 TThreadClass::~TThreadClass() noexcept(false) {
   if (!IsValidHandle() || IsOwnThread()) return;
-  if (!WaitForEnd(*this, kDestructionWaitMs)) TThread::TerminateThread(0);
+  if (!WaitForEnd(*this, kDestructionWaitMs)) Terminate();
+}
+
+// Termination is asynchronous: the handle is kept until the thread is gone.
+// A terminated body ran no epilogue of its own, so its state is reset here.
+void TThreadClass::Terminate() {
+  TThread::TerminateThread(0);
+  ::WaitForSingleObject(handle, kDestructionWaitMs);
+  thread_state = kIdle;
 }
 
 bool TThreadClass::IsOwnThread() const noexcept {
@@ -56,13 +64,9 @@ void TThreadClass::StartThread() {
   CreateThread(&TThreadClass::StaticThreadEntry, this, 0);
 }
 
-// A terminated body ran no epilogue of its own, so its state is reset here.
 void TThreadClass::StopThread(unsigned int timeout) {
   if (!IsValidHandle() || IsOwnThread()) return;
-  if (WaitForEnd(*this, timeout)) return;
-  TThread::TerminateThread(0);
-  ::WaitForSingleObject(handle, kDestructionWaitMs);
-  thread_state = kIdle;
+  if (!WaitForEnd(*this, timeout)) Terminate();
 }
 
 unsigned long TThreadClass::SuspendThread() { return TThread::SuspendThread(); }

@@ -107,5 +107,6 @@ class QZ_API TThreadClass : public TThread {
 
  private:
   bool IsOwnThread() const noexcept;
+  void Terminate();
   void LogRunaway(const std::exception* e) noexcept;
 };
