@@ -14,6 +14,7 @@ int main() {
     tour_os();
     tour_logging();
     tour_multi_lock();
+    tour_threads();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

@@ -15,3 +15,4 @@ void tour_conversions();
 void tour_os();
 void tour_logging();
 void tour_multi_lock();
+void tour_threads();

@@ -3,7 +3,7 @@
 // all done, and Shutdown leaves no thread and no handle behind.
 //
 // Runs QZ_SOAK_SECONDS seconds (3 unless set):
-//   QZ_SOAK_SECONDS=600 build/bin/... qz_threads_tests.exe --gtest_filter='ThreadPoolSoak.*'
+//   QZ_SOAK_SECONDS=600 scripts/wine-run build/bin/qz_threads_tests.exe --gtest_filter='ThreadPoolSoak.*'
 #include <qz/errors/generic.h>
 #include <qz/threads/thread_pool.h>
 #include <qz/threads/thread_task.h>

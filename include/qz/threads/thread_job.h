@@ -8,7 +8,9 @@
 // A job is counted (SmartPtrObj) and held by the pool from QueueJob until it
 // has run or was dropped by ClearQueue. Execute runs once, on a worker
 // thread. An exception it lets out is caught there and logged to Debug as
-//   "(!) Thread pool job failed with exception " <type>":" <message> "\n"
+//   "(!) Thread pool job failed with exception " <type>":" ["\n" when the
+//       message has several lines] <message> "\n"   (a std::exception)
+//   "(!) Thread pool job failed with unknown exception\n"   (anything else)
 // and never reaches the pool; EThreadInterrupt (the worker is being
 // interrupted) ends the job quietly. A job that should report its outcome
 // is a TThreadTask.
