@@ -94,9 +94,10 @@ void TThreadContext::Execute() {
       DropOwner();
       return;
     }
+    job_pending_ = true;
     bool interrupted = RunJob(*job, self);
     job.reset();
-    interrupted |= run_uninterrupted([&] { owner->OnJobDone(self); });
+    if (job_pending_.exchange(false)) interrupted |= run_uninterrupted([&] { owner->OnJobDone(self); });
     if (interrupted) return;
   }
 }
@@ -118,10 +119,14 @@ bool TThreadContext::RunJob(IThreadJob& job, const SmartPtr<IThreadContext>& sel
 }
 
 // On its own thread the worker cannot wait for itself to end: a job that
-// cancels its own task just goes on.
+// cancels its own task just goes on. A worker terminated inside a job has
+// not told its owner that the job is over, so that is done here; otherwise
+// the owner would wait for the job for ever.
 void TThreadContext::Interrupt() {
   if (GetThreadId(handle) == GetCurrentThreadId()) return;
   InterruptThread(0, kInterruptStopMs);
+  if (WaitForSingleObject(0, FALSE) != WAIT_OBJECT_0 || !job_pending_.exchange(false)) return;
+  if (const SmartPtr<IThreadOwner> owner = Owner()) owner->OnJobDone(this);
 }
 
 std::string TThreadContext::GetStack() { return GetCurrentStack(); }

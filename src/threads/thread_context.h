@@ -11,6 +11,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 class TThreadContext : public TThreadClass, public IThreadContext {
  public:
   explicit TThreadContext(SmartPtr<IThreadOwner> owner);
@@ -38,4 +40,8 @@ class TThreadContext : public TThreadClass, public IThreadContext {
 
   SmartPtr<IThreadOwner> owner_;
   mutable SRWLOCK owner_lock_;
+  // A job was handed out and the owner not yet told it is done. Whoever
+  // clears it tells the owner: the worker, or the interrupter that had to
+  // terminate the worker inside the job.
+  std::atomic<bool> job_pending_{false};
 };

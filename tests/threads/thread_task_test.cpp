@@ -121,4 +121,25 @@ TEST(ThreadTask, CancelDuringTheWorkReplacesTheWorker) {
   pool->Shutdown();
 }
 
+// Work that never waits cannot be interrupted: the worker is terminated
+// after 5000 ms, the job still counts as done, and the pool goes on.
+TEST(ThreadTask, CancellingWorkThatNeverWaitsTerminatesTheWorker) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  std::atomic<bool> spin{true};
+  SmartPtr<LambdaTask> task = new LambdaTask([&] {
+    while (spin) {
+    }
+  });
+  pool->QueueJob(task);
+  ASSERT_TRUE(task->WaitForStart(10000));
+  task->Cancel();
+  EXPECT_TRUE(task->IsFinished());
+  EXPECT_TRUE(pool->WaitForAllJobs(0)) << pool->ToString();
+  std::atomic<int> ran{0};
+  pool->QueueJob(new LambdaJob([&] { ++ran; }));
+  EXPECT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(ran, 1);
+  pool->Shutdown();
+}
+
 }  // namespace

@@ -18,7 +18,9 @@
 // job (the job is done, OnJobDone is told) or while the worker waits for
 // one ends the loop without OnThreadExit. The context stays with its owner:
 // whoever interrupted it either starts a fresh thread on it (a task's
-// Cancel) or removes it (a pool's Shutdown). Interrupt and Start called on
+// Cancel) or removes it (a pool's Shutdown). A worker that had to be
+// terminated inside a job has its job reported done by Interrupt, so the
+// owner's count of running jobs stays true. Interrupt and Start called on
 // the worker's own thread do nothing.
 //
 // Thread safety: every operation may be called from any thread. A context

@@ -24,8 +24,9 @@
 //
 // Shutdown: both limits to 0, the queue dropped, every worker interrupted
 // (EThreadInterrupt at its job's next alertable wait; one that does not end
-// within 5000 ms is terminated) and released, the queue dropped again. It
-// returns when the workers have ended.
+// within 5000 ms is terminated, and its job counts as done) and released,
+// the queue dropped again. It returns when the workers have ended. A task
+// whose worker was terminated is never marked finished: Cancel it.
 //
 // Text form (ToString), e.g. for the default pool before any work:
 //   Thread Pool 0x<low 32 bits of the address, lower-case hex> RunningJobs=0

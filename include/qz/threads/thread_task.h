@@ -21,8 +21,9 @@
 //
 // Cancel marks the task finished in every case. While the work runs, it
 // also interrupts the worker (EThreadInterrupt at the work's next alertable
-// wait; a worker that does not end within 5000 ms is terminated) and starts
-// a fresh thread in the worker's place, so the pool keeps its strength.
+// wait; a worker that does not end within 5000 ms is terminated, and the
+// job counts as done all the same) and starts a fresh thread in the
+// worker's place, so the pool keeps its strength.
 // Work that never waits alertably is thus ended by termination. Cancel from
 // the task's own work only marks it finished. A Cancel that races the end of
 // the work may reach the worker after it has moved on to its next job and
