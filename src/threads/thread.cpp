@@ -8,6 +8,7 @@ TThread::TThread(entry_t entry, void* argument) { CreateThread(entry, argument, 
 // The runtime's call, not the system's: it sets up the runtime's per-thread
 // state. On this platform both calling conventions are the same one.
 void TThread::CreateThread(entry_t entry, void* argument, unsigned long stack_size) {
+  if (entry == nullptr) ThrowSystemException(ERROR_INVALID_PARAMETER);
   using runtime_entry_t = unsigned(__stdcall*)(void*);
   const uintptr_t started =
       _beginthreadex(nullptr, stack_size, reinterpret_cast<runtime_entry_t>(entry), argument, 0, nullptr);

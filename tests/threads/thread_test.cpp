@@ -62,6 +62,7 @@ TEST(Thread, OperationsWithoutAThreadThrow) {
   TThread none(DoNotInitialize);
   EXPECT_THROW(none.SuspendThread(), ESystemException);
   EXPECT_THROW(none.QueueUserAPC(&Count, 0), ESystemException);
+  EXPECT_THROW(TThread(nullptr, nullptr), ESystemException);
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ class QZ_API TThread : public THandle {
   using entry_t = unsigned int (*)(void*);
   using apc_routine_t = void (*)(unsigned long long);
 
-  // Starts `entry(argument)` on a new thread.
+  // Starts `entry(argument)` on a new thread; a null entry throws
+  // ESystemException (ERROR_INVALID_PARAMETER).
   TThread(entry_t entry, void* argument);
   // No thread until CreateThread.
   explicit TThread(_DoNotInitialize) noexcept {}

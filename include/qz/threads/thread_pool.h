@@ -33,7 +33,9 @@
 //   Threads=0 Queue=0 Idle=0 MaxTotalThreads=50 MinIdleThreads=0
 // (on one line, single spaces).
 //
-// Lifetime. Workers hold their pool: a pool whose workers never retire
+// Lifetime. A pool is made with new and held by SmartPtr, as the factories
+// do (never on the stack: its workers count references to it). Workers
+// hold their pool: a pool whose workers never retire
 // (min idle threads above 0) lives until Shutdown. The process-wide pool of
 // GetSystemThreadPool is never destroyed.
 //

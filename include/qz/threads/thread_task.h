@@ -59,7 +59,7 @@ class QZ_API IThreadTask : public IThreadJob {
   virtual void Resume() = 0;
   virtual void SetPriority(int priority) = 0;
   virtual bool IsException() const = 0;
-  // Call only when IsException() is true.
+  // Throws a copy of the kept exception; does nothing when there is none.
   virtual void RethrowException() = 0;
   virtual bool IsRunning() const = 0;
 
