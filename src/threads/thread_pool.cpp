@@ -33,7 +33,8 @@ TThreadPool::TThreadPool(unsigned max_total, unsigned min_idle, int thread_prior
       max_queue_length(max_queue),
       all_done(true, true),
       running_jobs(0),
-      queue_length(0) {}
+      queue_length(0),
+      thread_count(0) {}
 
 TThreadPool::~TThreadPool() noexcept = default;
 
@@ -109,26 +110,25 @@ void TThreadPool::Shutdown() {
   {
     write_hold hold(threads_lock);
     threads.clear();
+    thread_count.store(0);
     exited = std::move(last_exited);
   }
 }
 
-// The comparisons read the queue length and idle count without the queue
-// lock: a pool operation never holds both locks.
+// Both tests run once per job, so they read counts that their locks' holders
+// keep up to date instead of taking the threads lock. A stale answer costs
+// little: a start or a retirement comes one job later, and AddThread checks
+// its limit again under the lock.
 bool TThreadPool::NeedMoreThreads() {
-  read_hold hold(threads_lock);
   return static_cast<size_t>(std::max(idle.load(), 0)) < queue_length.load() &&
-         threads.size() < max_total_threads.load();
+         thread_count.load() < max_total_threads.load();
 }
 
 bool TThreadPool::HasExcessIdle() {
   return idle.load() > static_cast<int>(min_idle_threads.load());
 }
 
-bool TThreadPool::HasExcessThreads() {
-  read_hold hold(threads_lock);
-  return threads.size() > max_total_threads.load();
-}
+bool TThreadPool::HasExcessThreads() { return thread_count.load() > max_total_threads.load(); }
 
 // The limit is checked again under the lock: two callers that both saw room
 // for one more worker start one between them.
@@ -137,10 +137,12 @@ void TThreadPool::AddThread() {
   if (threads.size() >= max_total_threads.load()) return;
   const SmartPtr<IThreadContext> worker = CreateNewThreadContext(static_cast<IThreadOwner*>(this));
   threads.insert(worker);
+  thread_count.store(threads.size());
   try {
     worker->Start();
   } catch (...) {
     threads.erase(worker);
+    thread_count.store(threads.size());
     throw;
   }
   const int worker_priority = priority.load();
@@ -149,10 +151,7 @@ void TThreadPool::AddThread() {
 
 size_t TThreadPool::QueueLength() const { return queue_length.load(); }
 
-size_t TThreadPool::ThreadCount() const {
-  read_hold hold(threads_lock);
-  return threads.size();
-}
+size_t TThreadPool::ThreadCount() const { return thread_count.load(); }
 
 std::string TThreadPool::ToString() const {
   char address[16];

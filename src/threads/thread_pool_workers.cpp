@@ -89,6 +89,7 @@ void TThreadPool::OnThreadExit(SmartPtr<IThreadContext> self) {
   if (found != threads.end()) {
     previous = std::exchange(last_exited, self);
     threads.erase(found);
+    thread_count.store(threads.size());
   }
   if (threads.empty() && NeedMoreThreads()) AddThread();
 }

@@ -123,8 +123,10 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   std::atomic<int> running_jobs;
 
  private:
-  // The queue's length, changed under the queue lock and read without it.
+  // The queue's length and the number of workers, changed under the queue
+  // lock and the threads lock and read without them.
   std::atomic<size_t> queue_length;
+  std::atomic<size_t> thread_count;
 
   // Takes one idle worker off the count unless that would leave fewer than
   // min idle threads; true when it did (the worker retires).
