@@ -1,6 +1,6 @@
 // TThreadPool: order, limits, overflow, waiting, clearing, shutdown, idle
 // retirement and the process-wide pool.
-#include <qz/errors/generic.h>
+#include <qz/errors/exceptions.h>
 #include <qz/sync/event.h>
 #include <qz/threads/thread_pool.h>
 
@@ -76,6 +76,8 @@ TEST(ThreadPool, AFullQueueThrowsWithItsThreeValuesInOrder) {
   EXPECT_FALSE(static_cast<TThreadPool*>(pool.get())->TryQueueJob(new LambdaJob([] {})));
   EXPECT_EQ(Field(*pool, "Queue"), 1);
   EXPECT_EQ(Field(*pool, "RunningJobs"), 1);
+  EXPECT_THROW(CreateNewThreadPool(1, 0, 0, 0), ESystemException);
+  EXPECT_THROW(CreateNewThreadPool(1, 0, 0, -1), ESystemException);
 }
 
 // With no room for threads, jobs wait in the queue until the limit rises;

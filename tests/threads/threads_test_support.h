@@ -80,10 +80,6 @@ class LambdaTask : public TThreadTask {
   std::function<void()> work_;
 };
 
-}  // namespace threads_test
-
-namespace threads_test {
-
 // A number from a pool's text form, e.g. Field(pool, "Threads").
 inline int Field(const SmartPtrObj& pool, const std::string& name) {
   const std::string text = pool.ToString();

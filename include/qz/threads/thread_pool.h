@@ -11,7 +11,8 @@
 // had no job for 10000 ms retires while more than min idle threads workers
 // are idle; the first min idle threads idle workers stay for good. Jobs
 // queued while the limit is 0 (also after Shutdown) wait in the queue until
-// SetLimits raises it.
+// SetLimits raises it. A lower limit reaches a worker when it next asks for
+// a job: a worker already waiting for one may still take the next job.
 //
 // Accounting. "Running jobs" counts jobs queued or running: +1 by QueueJob,
 // -1 when a job has run or ClearQueue dropped it. The all-done event
@@ -40,8 +41,8 @@
 // GetSystemThreadPool is never destroyed.
 //
 // Thread safety: every operation may be called from any thread at any
-// time, from the pool's own jobs too (Shutdown excepted: a job waiting for
-// its own worker to end waits the full 5000 ms).
+// time, from the pool's own jobs too (Shutdown from a job leaves that job's
+// worker alone; it ends once the job is done and it finds no more work).
 #pragma once
 
 #include <qz/core/smart_ptr.h>
@@ -76,7 +77,9 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
  public:
   // 50 threads at most, none kept idle, default priority, 1000000 queued jobs.
   TThreadPool();
-  // `priority` 0 leaves new workers at the default priority.
+  // `priority` 0 leaves new workers at the default priority. A queue length
+  // of 0 or above 2147483647 is refused (ESystemException: the semaphore
+  // that counts the queue cannot be made).
   TThreadPool(unsigned max_total_threads, unsigned min_idle_threads, int priority,
               unsigned max_queue_length);
   TThreadPool(const TThreadPool&) = delete;
@@ -96,11 +99,14 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   virtual SmartPtr<IThreadJob> PopJob();
   // Idle workers fewer than queued jobs, and room for another thread.
   virtual bool NeedMoreThreads();
+  // More workers idle than min idle threads.
   virtual bool HasExcessIdle();
+  // More workers than max total threads.
   virtual bool HasExcessThreads();
   // Starts one more worker unless the pool already has max total threads.
   virtual void AddThread();
 
+  // The workers' side: see IThreadOwner.
   SmartPtr<IThreadJob> GetNextJob(SmartPtr<IThreadContext> self) override;
   void OnThreadExit(SmartPtr<IThreadContext> self) override;
   void OnJobDone(SmartPtr<IThreadContext> self) override;
@@ -116,6 +122,8 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   std::deque<SmartPtr<IThreadJob>> queue;
   mutable TMultiLock queue_lock;
   TSemaphore job_semaphore;
+  // The worker that left last, kept until the next one leaves: its thread
+  // is still finishing and cannot let go of its own context.
   SmartPtr<IThreadContext> last_exited;
   std::atomic<int> priority;
   unsigned max_queue_length;
