@@ -2,6 +2,7 @@
 // managed start, a bounded stop and cooperative interruption.
 //
 //   class Poller : public TThreadClass {
+//     ~Poller() override { InterruptThread(0, 5000); }  // before `wake` goes
 //     void Execute() override {
 //       for (;;) { wake.Signaled(1000); Poll(); }   // every wait is a way out
 //     }
@@ -47,8 +48,8 @@
 // Thread safety: StartThread, StopThread and the destructor belong to one
 // controlling thread; InterruptThread, SuspendThread, ResumeThread,
 // SetThreadPriority and GetCurrentStack may be called from any other thread
-// while the body runs. GetCurrentStack must not be called on the thread
-// itself (it would suspend itself).
+// while the body runs. GetCurrentStack on the thread itself returns "" (it
+// cannot suspend itself to read its own registers).
 #pragma once
 
 #include <qz/export.h>
