@@ -29,6 +29,10 @@
 // the work may reach the worker after it has moved on to its next job and
 // interrupt that one instead.
 //
+// A task is a counted object, whose destructor cannot throw: a task with a
+// member whose destructor may (a TEvent, any THandle) declares its own
+// destructor noexcept, `~Export() noexcept override {}`.
+//
 // Suspend, Resume and SetPriority act on the worker only while the task
 // runs, and do nothing otherwise. A priority set so stays with the worker.
 //
