@@ -38,6 +38,7 @@ SmartPtr<IThreadContext> CreateNewThreadContext(SmartPtr<IThreadOwner> owner) {
 
 TThreadContext::TThreadContext(SmartPtr<IThreadOwner> owner) : owner_(owner) {
   InitializeSRWLock(&owner_lock_);
+  InitializeSRWLock(&start_lock_);
 }
 
 // Normally the loop has ended long before; when the last reference goes on
@@ -138,7 +139,13 @@ void TThreadContext::Resume() { ResumeThread(); }
 void TThreadContext::SetPriority(int priority) { SetThreadPriority(priority); }
 
 void TThreadContext::Start() {
-  if (IsValidHandle() && WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT) return;
-  if (!Owner()) return;  // its loop has ended for good
-  StartThread();
+  AcquireSRWLockExclusive(&start_lock_);
+  try {
+    const bool running = IsValidHandle() && WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT;
+    if (!running && Owner()) StartThread();  // without an owner the loop has ended for good
+  } catch (...) {
+    ReleaseSRWLockExclusive(&start_lock_);
+    throw;
+  }
+  ReleaseSRWLockExclusive(&start_lock_);
 }

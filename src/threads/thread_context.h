@@ -40,6 +40,8 @@ class TThreadContext : public TThreadClass, public IThreadContext {
 
   SmartPtr<IThreadOwner> owner_;
   mutable SRWLOCK owner_lock_;
+  // Two Cancels that replace the same worker at once start one thread.
+  SRWLOCK start_lock_;
   // A job was handed out and the owner not yet told it is done. Whoever
   // clears it tells the owner: the worker, or the interrupter that had to
   // terminate the worker inside the job.
