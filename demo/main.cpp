@@ -17,6 +17,7 @@ int main() {
     tour_com();
     tour_symbols();
     tour_diagnostics();
+    tour_threads();
   } catch (const EGeneric& e) {
     std::printf("unexpected error:\n%s\n", e.what());
     return 1;

@@ -18,3 +18,4 @@ void tour_multi_lock();
 void tour_com();
 void tour_symbols();
 void tour_diagnostics();
+void tour_threads();

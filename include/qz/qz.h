@@ -44,6 +44,14 @@
 #include <qz/sync/tlock.h>
 #include <qz/sync/waitable_timer.h>
 
+// threads: interruptible threads, the thread pool and thread tasks
+#include <qz/threads/thread.h>
+#include <qz/threads/thread_class.h>
+#include <qz/threads/thread_context.h>
+#include <qz/threads/thread_job.h>
+#include <qz/threads/thread_pool.h>
+#include <qz/threads/thread_task.h>
+
 // time: calendar time, log stamps and stopwatches
 #include <qz/time/log_stamps.h>
 #include <qz/time/pcounter.h>

@@ -32,6 +32,19 @@ bool TMultiLock::_write_lock_independent(unsigned int timeout, _owner_id owner) 
   return write_lock_independent_as(timeout, owner, nullptr);
 }
 
+// Only the first attempt may be interrupted on its way into the inner lock.
+// A later attempt follows a wake-up, and the free event wakes one waiter at
+// a time: a waiter that took that wake-up and then left by an interruption
+// would leave the others asleep beside a free lock. So from then on the
+// interruption waits for the next kernel wait, which delivers it before it
+// takes anything.
+void TMultiLock::enter_attempt(_owner_id owner, bool first) {
+  if (first)
+    inner_lock(owner);
+  else
+    inner_lock_quietly(owner);
+}
+
 void TMultiLock::append(_owner_id entry) {
   leaving_inner_lock_on_throw([&] { insert_me(entry); });
 }
@@ -41,8 +54,8 @@ void TMultiLock::append(_owner_id entry) {
 bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, _ml_common::_hold_t hold,
                               _ml_lock_hooks* hooks) {
   int spins = spins_before_sleep;
-  for (;;) {
-    inner_lock(owner);
+  for (bool first = true;; first = false) {
+    enter_attempt(owner, first);
     unsigned int found = kNotLocked;
     state.compare_exchange_strong(found, kLockedRead);
     if (found == kNotLocked) {
@@ -92,8 +105,8 @@ void TMultiLock::first_read_notified(_ml_lock_hooks& hooks, _owner_id owner) {
 // read or written.
 bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
   int spins = spins_before_sleep;
-  for (;;) {
-    inner_lock(owner);
+  for (bool first = true;; first = false) {
+    enter_attempt(owner, first);
     unsigned int found = kNotLocked;
     state.compare_exchange_strong(found, kLockedWrite);
     if (found == kNotLocked) {
@@ -161,8 +174,8 @@ void TMultiLock::drop_upgrade_waiter(_owner_id owner) noexcept {
 
 bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
   int spins = spins_before_sleep;
-  for (;;) {
-    inner_lock(owner);
+  for (bool first = true;; first = false) {
+    enter_attempt(owner, first);
     unsigned int found = kNotLocked;
     state.compare_exchange_strong(found, kLockedWrite);
     if (found == kNotLocked) {

@@ -164,6 +164,9 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
       throw;
     }
   }
+  // Takes the inner lock for an attempt of a lock call; only the first
+  // attempt runs procedure calls while it backs off.
+  void enter_attempt(_owner_id owner, bool first);
   // Appends under the inner lock, leaving it if the list cannot grow.
   void append(_owner_id entry);
   // The first reader of a notifying lock: its hook runs with the lock

@@ -9,7 +9,9 @@
 // user procedure call.
 // inner_lock_quietly backs off without running procedure calls: for the
 // paths that must not leave by an exception once they changed something
-// (a release, the bookkeeping after a wait). The lock is not recursive, and
+// (a release, the bookkeeping after a wait, every attempt of a lock call
+// after a wake-up, which may have taken the free event's one signal). The
+// lock is not recursive, and
 // nobody waits on a kernel object while holding it.
 //
 // Thread safety: any thread; inner_unlock only by the thread inside.

@@ -1,0 +1,163 @@
+// The caller's side of TThreadPool: construction, queueing, limits and
+// shutdown. The workers' side is in thread_pool_workers.cpp.
+#include <qz/errors/generic.h>
+#include <qz/threads/thread_pool.h>
+
+#include "threads/lock_holds.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+constexpr unsigned kDefaultMaxTotalThreads = 50;
+constexpr unsigned kDefaultMaxQueueLength = 1000000;
+
+}  // namespace
+
+TThreadPool::TThreadPool()
+    : TThreadPool(kDefaultMaxTotalThreads, 0, 0, kDefaultMaxQueueLength) {}
+
+TThreadPool::TThreadPool(unsigned max_total, unsigned min_idle, int thread_priority,
+                         unsigned max_queue)
+    : max_total_threads(max_total),
+      min_idle_threads(min_idle),
+      idle(0),
+      threads_lock(1),
+      queue_lock(1),
+      job_semaphore(static_cast<int>(max_queue), 0),
+      priority(thread_priority),
+      max_queue_length(max_queue),
+      all_done(true, true),
+      running_jobs(0),
+      queue_length(0),
+      thread_count(0) {}
+
+TThreadPool::~TThreadPool() noexcept = default;
+
+// Under the queue lock, so that the all-done event follows the count in
+// the order the count changes.
+bool TThreadPool::TryQueueJob(SmartPtr<IThreadJob> job) {
+  write_hold hold(queue_lock);
+  if (queue.size() >= max_queue_length) return false;
+  queue.push_back(job);
+  try {
+    if (running_jobs.fetch_add(1) == 0) all_done.Reset();
+    job_semaphore.ReleaseSemaphore(1);
+  } catch (...) {
+    queue.pop_back();
+    if (running_jobs.fetch_sub(1) == 1) all_done.Set();
+    throw;
+  }
+  queue_length.store(queue.size());
+  return true;
+}
+
+bool TThreadPool::QueueJob(SmartPtr<IThreadJob> job) {
+  if (!TryQueueJob(job)) {
+    throw EGeneric({"Text", "Thread pool overflowed"},
+                   {"JobQueueSize", static_cast<int>(QueueLength())},
+                   {"ThreadsSize", static_cast<int>(ThreadCount())});
+  }
+  if (NeedMoreThreads()) AddThread();
+  return QueueLength() <= max_total_threads.load();
+}
+
+void TThreadPool::SetLimits(unsigned max_total, unsigned min_idle, int thread_priority) {
+  max_total_threads.store(max_total);
+  min_idle_threads.store(min_idle);
+  priority.store(thread_priority);
+  while (NeedMoreThreads()) AddThread();
+}
+
+bool TThreadPool::WaitForAllJobs(unsigned timeout_ms) {
+  return all_done.Signaled(static_cast<int>(timeout_ms));
+}
+
+// The semaphore is emptied with waits that run no procedure calls: an
+// interruption between taking counts and clearing the queue would leave
+// jobs that no count announces. The dropped jobs are let go after the lock.
+void TThreadPool::ClearQueue() {
+  std::deque<SmartPtr<IThreadJob>> dropped;
+  {
+    write_hold hold(queue_lock);
+    while (WaitForSingleObjectEx(job_semaphore, 0, FALSE) == WAIT_OBJECT_0) {
+    }
+    dropped.swap(queue);
+    queue_length.store(0);
+    const int count = static_cast<int>(dropped.size());
+    if (count != 0 && running_jobs.fetch_sub(count) == count) all_done.Set();
+  }
+}
+
+// Interrupting waits for each worker to end; the contexts are let go after
+// the threads lock, since letting go may wait for a thread too.
+void TThreadPool::Shutdown() {
+  min_idle_threads.store(0);
+  max_total_threads.store(0);
+  ClearQueue();
+  std::set<SmartPtr<IThreadContext>> workers;
+  {
+    read_hold hold(threads_lock);
+    workers = threads;
+  }
+  for (const SmartPtr<IThreadContext>& worker : workers) worker->Interrupt();
+  ClearQueue();
+  SmartPtr<IThreadContext> exited;
+  {
+    write_hold hold(threads_lock);
+    threads.clear();
+    thread_count.store(0);
+    exited = std::move(last_exited);
+  }
+}
+
+// Both tests run once per job, so they read counts that their locks' holders
+// keep up to date instead of taking the threads lock. A stale answer costs
+// little: a start or a retirement comes one job later, and AddThread checks
+// its limit again under the lock.
+bool TThreadPool::NeedMoreThreads() {
+  return static_cast<size_t>(std::max(idle.load(), 0)) < queue_length.load() &&
+         thread_count.load() < max_total_threads.load();
+}
+
+bool TThreadPool::HasExcessIdle() {
+  return idle.load() > static_cast<int>(min_idle_threads.load());
+}
+
+bool TThreadPool::HasExcessThreads() { return thread_count.load() > max_total_threads.load(); }
+
+// The limit is checked again under the lock: two callers that both saw room
+// for one more worker start one between them.
+void TThreadPool::AddThread() {
+  write_hold hold(threads_lock);
+  if (threads.size() >= max_total_threads.load()) return;
+  const SmartPtr<IThreadContext> worker = CreateNewThreadContext(static_cast<IThreadOwner*>(this));
+  threads.insert(worker);
+  thread_count.store(threads.size());
+  try {
+    worker->Start();
+  } catch (...) {
+    threads.erase(worker);
+    thread_count.store(threads.size());
+    throw;
+  }
+  const int worker_priority = priority.load();
+  if (worker_priority != 0) worker->SetPriority(worker_priority);
+}
+
+size_t TThreadPool::QueueLength() const { return queue_length.load(); }
+
+size_t TThreadPool::ThreadCount() const { return thread_count.load(); }
+
+std::string TThreadPool::ToString() const {
+  char address[16];
+  _itoa(static_cast<int>(reinterpret_cast<uintptr_t>(this) & 0xFFFFFFFFu), address, 16);
+  return std::string("Thread Pool 0x") + address + " RunningJobs=" + std::to_string(running_jobs.load()) +
+         " Threads=" + std::to_string(ThreadCount()) + " Queue=" + std::to_string(QueueLength()) +
+         " Idle=" + std::to_string(idle.load()) + " MaxTotalThreads=" + std::to_string(max_total_threads.load()) +
+         " MinIdleThreads=" + std::to_string(min_idle_threads.load());
+}

@@ -1,0 +1,231 @@
+// Many producers, short jobs, throwing jobs, cancelled tasks, ClearQueue
+// and SetLimits all at once: every job runs once or never, the pool ends
+// all done, and Shutdown leaves no thread and no handle behind.
+//
+// Runs QZ_SOAK_SECONDS seconds (3 unless set):
+//   QZ_SOAK_SECONDS=600 scripts/wine-run build/bin/qz_threads_tests.exe --gtest_filter='ThreadPoolSoak.*'
+#include <qz/errors/generic.h>
+#include <qz/threads/thread_pool.h>
+#include <qz/threads/thread_task.h>
+
+#include "support/test_threads.h"
+#include "threads/threads_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <tlhelp32.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+using qz_test::Eventually;
+using qz_test::WorkerThread;
+using threads_test::DebugCapture;
+using threads_test::Field;
+
+struct Tally {
+  std::atomic<long long> created{0}, ran{0}, never_ran{0}, ran_twice{0}, kept_exceptions{0};
+};
+
+// Counts its runs and, when it goes, whether it ran once, never or twice.
+class CountedRuns {
+ public:
+  explicit CountedRuns(Tally& t) : tally_(t) { ++tally_.created; }
+  ~CountedRuns() {
+    const int runs = runs_;
+    ++(runs == 0 ? tally_.never_ran : runs == 1 ? tally_.ran : tally_.ran_twice);
+  }
+  void Ran() { ++runs_; }
+
+ protected:
+  Tally& tally_;
+
+ private:
+  std::atomic<int> runs_{0};
+};
+
+class SoakJob : public IThreadJob, CountedRuns {
+ public:
+  SoakJob(Tally& t, bool throws) : CountedRuns(t), throws_(throws) {}
+  void Execute() override {
+    Ran();
+    if (throws_) throw std::runtime_error("soak");
+  }
+
+ private:
+  bool throws_;
+};
+
+// Sleeps alertably, so that a Cancel can reach it; some throw.
+class SoakTask : public TThreadTask, CountedRuns {
+ public:
+  SoakTask(Tally& t, bool throws) : CountedRuns(t), throws_(throws) {}
+  ~SoakTask() override {
+    if (IsException()) ++tally_.kept_exceptions;
+  }
+  void Execute() override {
+    Ran();
+    TThread::Sleep(1, 1);
+    if (throws_) throw EGeneric({"Text", "soak task"});
+  }
+
+ private:
+  bool throws_;
+};
+
+// Threads of this process started through the C runtime's thread start,
+// as every library thread is (the test's own threads are not).
+int LibraryThreads() {
+  using query_t = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
+  const auto query = reinterpret_cast<query_t>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationThread")));
+  const HMODULE runtime = GetModuleHandleW(L"msvcrt.dll");
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  int count = 0;
+  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+    if (entry.th32OwnerProcessID != GetCurrentProcessId()) continue;
+    const HANDLE thread = OpenThread(THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID);
+    void* start = nullptr;
+    HMODULE module = nullptr;
+    constexpr int kWin32StartAddress = 9;
+    if (thread != nullptr && query(thread, kWin32StartAddress, &start, sizeof start, nullptr) == 0 &&
+        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           static_cast<LPCWSTR>(start), &module) &&
+        module == runtime)
+      ++count;
+    if (thread != nullptr) CloseHandle(thread);
+  }
+  CloseHandle(snapshot);
+  return count;
+}
+
+DWORD ProcessHandles() {
+  DWORD count = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &count);
+  return count;
+}
+
+DWORD SoakMilliseconds() {
+  const char* seconds = std::getenv("QZ_SOAK_SECONDS");
+  return seconds != nullptr ? static_cast<DWORD>(std::atoi(seconds)) * 1000 : 3000;
+}
+
+// One short round first, so that everything made once per process (and
+// not by the pool) exists before the baseline is taken.
+void WarmUp() {
+  Tally tally;
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(2, 0);
+  pool->QueueJob(new SoakJob(tally, false));
+  SmartPtr<SoakTask> task = new SoakTask(tally, true);
+  pool->QueueJob(task);
+  pool->WaitForAllJobs(20000);
+  pool->Shutdown();
+}
+
+TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
+  DebugCapture debug;  // the throwing jobs' lines stay off the debugger
+  WarmUp();
+  const int threads_before = LibraryThreads();
+  const DWORD handles_before = ProcessHandles();
+  Tally tally;
+  {
+    SmartPtr<IThreadPool> pool = CreateNewThreadPool(8, 2, 0, 200000);
+    std::atomic<bool> stop{false};
+    std::mutex tasks_lock;
+    std::vector<SmartPtr<SoakTask>> recent_tasks;
+    std::atomic<long long> overflows{0}, cancels{0}, clears{0};
+
+    const auto produce = [&](unsigned seed) {
+      std::mt19937 random(seed);
+      for (long long i = 0; !stop; ++i) {
+        try {
+          if (i % 10 == 0) {
+            SmartPtr<SoakTask> task = new SoakTask(tally, random() % 3 == 0);
+            pool->QueueJob(task);
+            std::lock_guard<std::mutex> hold(tasks_lock);
+            recent_tasks.push_back(task);
+          } else {
+            pool->QueueJob(new SoakJob(tally, i % 1000 == 1));
+          }
+        } catch (const EGeneric&) {
+          ++overflows;  // the job was never queued
+          Sleep(1);
+        }
+      }
+    };
+    const auto cancel = [&] {
+      std::mt19937 random(7);
+      while (!stop) {
+        SmartPtr<SoakTask> task;
+        {
+          std::lock_guard<std::mutex> hold(tasks_lock);
+          if (!recent_tasks.empty()) {
+            task = recent_tasks[random() % recent_tasks.size()];
+            if (recent_tasks.size() > 1000) recent_tasks.clear();
+          }
+        }
+        if (task) {
+          task->Cancel();
+          ++cancels;
+        }
+        Sleep(2);
+      }
+    };
+    const auto disturb = [&] {
+      std::mt19937 random(11);
+      while (!stop) {
+        Sleep(20);
+        if (random() % 10 == 0) {
+          pool->ClearQueue();
+          ++clears;
+        } else {
+          pool->SetLimits(1 + random() % 8, random() % 3, 0);
+        }
+      }
+    };
+
+    std::vector<std::unique_ptr<WorkerThread>> actors;
+    for (unsigned i = 0; i < 4; ++i) actors.emplace_back(new WorkerThread([&, i] { produce(i + 1); }));
+    actors.emplace_back(new WorkerThread(cancel));
+    actors.emplace_back(new WorkerThread(disturb));
+    Sleep(SoakMilliseconds());
+    stop = true;
+    for (auto& actor : actors) {
+      ASSERT_TRUE(actor->Join(60000));
+      EXPECT_EQ(actor->error(), "");
+    }
+
+    EXPECT_GT(LibraryThreads(), threads_before) << "the count does not see the workers";
+    pool->SetLimits(8, 0, 0);
+    EXPECT_TRUE(pool->WaitForAllJobs(120000)) << pool->ToString();
+    EXPECT_EQ(Field(*pool, "RunningJobs"), 0);
+    EXPECT_EQ(Field(*pool, "Queue"), 0);
+    pool->Shutdown();
+    EXPECT_EQ(Field(*pool, "Threads"), 0);
+    std::printf("%lld jobs, %lld ran, %lld never ran (%lld refused), %lld cancels, %lld clears\n",
+                tally.created.load(), tally.ran.load(), tally.never_ran.load(), overflows.load(),
+                cancels.load(), clears.load());
+  }
+  EXPECT_EQ(tally.ran_twice, 0);
+  EXPECT_EQ(tally.created, tally.ran + tally.never_ran);
+  EXPECT_GT(tally.created, 1000);
+  EXPECT_GT(tally.ran, 100);
+  EXPECT_GT(tally.kept_exceptions, 0);
+  EXPECT_TRUE(Eventually([&] { return LibraryThreads() == threads_before; }))
+      << LibraryThreads() << " library threads, " << threads_before << " before";
+  EXPECT_TRUE(Eventually([&] { return ProcessHandles() <= handles_before; }))
+      << ProcessHandles() << " handles, " << handles_before << " before";
+}
+
+}  // namespace

@@ -1,0 +1,218 @@
+// TThreadPool: order, limits, overflow, waiting, clearing, shutdown, idle
+// retirement and the process-wide pool.
+#include <qz/errors/exceptions.h>
+#include <qz/sync/event.h>
+#include <qz/threads/thread_pool.h>
+
+#include "support/test_threads.h"
+#include "threads/threads_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+using qz_test::Eventually;
+using qz_test::WorkerThread;
+using threads_test::DebugCapture;
+using threads_test::Field;
+using threads_test::LambdaJob;
+
+// Jobs that block until the test opens the gate.
+struct Gate {
+  TEvent open;
+  std::atomic<int> waiting{0};
+  SmartPtr<IThreadJob> Job(std::atomic<int>* done = nullptr) {
+    return new LambdaJob([this, done] {
+      ++waiting;
+      open.WaitForSignal();
+      if (done) ++*done;
+    });
+  }
+};
+
+TEST(ThreadPool, TextFormOfADefaultPool) {
+  SmartPtr<TThreadPool> pool = new TThreadPool;
+  char expected[200];
+  std::snprintf(expected, sizeof expected,
+                "Thread Pool 0x%x RunningJobs=0 Threads=0 Queue=0 Idle=0 MaxTotalThreads=50 MinIdleThreads=0",
+                static_cast<unsigned>(reinterpret_cast<uintptr_t>(pool.get())));
+  EXPECT_EQ(pool->ToString(), expected);
+}
+
+TEST(ThreadPool, OneWorkerRunsJobsInTheOrderQueued) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  std::vector<int> order;
+  for (int i = 0; i < 50; ++i) pool->QueueJob(new LambdaJob([&order, i] { order.push_back(i); }));
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  std::vector<int> expected(50);
+  for (int i = 0; i < 50; ++i) expected[i] = i;
+  EXPECT_EQ(order, expected);
+  EXPECT_EQ(Field(*pool, "Threads"), 1);
+  pool->Shutdown();
+}
+
+TEST(ThreadPool, AFullQueueThrowsWithItsThreeValuesInOrder) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(0, 0, 0, 1);
+  EXPECT_FALSE(pool->QueueJob(new LambdaJob([] {})));
+  try {
+    pool->QueueJob(new LambdaJob([] {}));
+    FAIL() << "no overflow";
+  } catch (const EGeneric& e) {
+    ASSERT_EQ(e.values().size(), 3u);
+    EXPECT_EQ(e.values()[0].first, "Text");
+    EXPECT_EQ(static_cast<std::string>(e.get_value("Text")), "Thread pool overflowed");
+    EXPECT_EQ(e.values()[1].first, "JobQueueSize");
+    EXPECT_EQ(static_cast<int>(e.get_value("JobQueueSize")), 1);
+    EXPECT_EQ(e.values()[2].first, "ThreadsSize");
+    EXPECT_EQ(static_cast<int>(e.get_value("ThreadsSize")), 0);
+  }
+  EXPECT_FALSE(static_cast<TThreadPool*>(pool.get())->TryQueueJob(new LambdaJob([] {})));
+  EXPECT_EQ(Field(*pool, "Queue"), 1);
+  EXPECT_EQ(Field(*pool, "RunningJobs"), 1);
+  EXPECT_THROW(CreateNewThreadPool(1, 0, 0, 0), ESystemException);
+  EXPECT_THROW(CreateNewThreadPool(1, 0, 0, -1), ESystemException);
+}
+
+// With no room for threads, jobs wait in the queue until the limit rises;
+// QueueJob's answer says whether a job can start without waiting.
+TEST(ThreadPool, JobsWaitForTheLimitAfterZeroOrShutdown) {
+  for (const bool shut_down : {false, true}) {
+    SCOPED_TRACE(shut_down ? "after Shutdown" : "max total 0");
+    SmartPtr<IThreadPool> pool = CreateNewThreadPool(shut_down ? 4 : 0, shut_down ? 1 : 0);
+    if (shut_down) {
+      pool->QueueJob(new LambdaJob([] {}));  // one worker, then idle
+      ASSERT_TRUE(Eventually([&] { return Field(*pool, "Idle") == 1; }));
+      pool->Shutdown();
+      EXPECT_EQ(Field(*pool, "Threads"), 0);
+      EXPECT_EQ(Field(*pool, "Idle"), 0) << "the interrupted worker kept its idle count";
+    }
+    std::atomic<int> ran{0};
+    EXPECT_FALSE(pool->QueueJob(new LambdaJob([&] { ++ran; })));
+    EXPECT_FALSE(pool->QueueJob(new LambdaJob([&] { ++ran; })));
+    Sleep(100);
+    EXPECT_EQ(ran, 0);
+    EXPECT_EQ(Field(*pool, "Threads"), 0);
+    EXPECT_EQ(Field(*pool, "Queue"), 2);
+    pool->SetLimits(2, 0, 0);
+    ASSERT_TRUE(pool->WaitForAllJobs(20000));
+    EXPECT_EQ(ran, 2);
+    pool->Shutdown();
+  }
+}
+
+TEST(ThreadPool, WaitForAllJobsBeforeDuringAndAfterWork) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(2, 0);
+  EXPECT_TRUE(pool->WaitForAllJobs(0));
+  Gate gate;
+  pool->QueueJob(gate.Job());
+  EXPECT_FALSE(pool->WaitForAllJobs(0));
+  ASSERT_TRUE(Eventually([&] { return gate.waiting == 1; }));
+  EXPECT_FALSE(pool->WaitForAllJobs(50));
+  gate.open.Set();
+  EXPECT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(Field(*pool, "RunningJobs"), 0);
+  pool->Shutdown();
+}
+
+TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  Gate gate;
+  std::atomic<int> done{0};
+  pool->QueueJob(gate.Job(&done));
+  ASSERT_TRUE(Eventually([&] { return gate.waiting == 1; }));
+  std::atomic<int> dropped_ran{0};
+  for (int i = 0; i < 3; ++i) pool->QueueJob(new LambdaJob([&] { ++dropped_ran; }));
+  pool->ClearQueue();
+  EXPECT_EQ(Field(*pool, "Queue"), 0);
+  EXPECT_EQ(Field(*pool, "RunningJobs"), 1);
+  EXPECT_FALSE(pool->WaitForAllJobs(0)) << "the running job is not dropped";
+  gate.open.Set();
+  EXPECT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(done, 1);
+  EXPECT_EQ(dropped_ran, 0);
+  pool->Shutdown();
+
+  // Nothing running: all done at once, and later jobs still run.
+  SmartPtr<IThreadPool> idle_pool = CreateNewThreadPool(0, 0);
+  for (int i = 0; i < 3; ++i) idle_pool->QueueJob(new LambdaJob([&] { ++dropped_ran; }));
+  EXPECT_FALSE(idle_pool->WaitForAllJobs(0));
+  idle_pool->ClearQueue();
+  EXPECT_TRUE(idle_pool->WaitForAllJobs(0));
+  idle_pool->SetLimits(1, 0, 0);
+  idle_pool->QueueJob(new LambdaJob([&] { ++done; }));
+  EXPECT_TRUE(idle_pool->WaitForAllJobs(20000));
+  EXPECT_EQ(done, 2);
+  EXPECT_EQ(dropped_ran, 0);
+  idle_pool->Shutdown();
+}
+
+TEST(ThreadPool, AThrowingJobIsLoggedAndHarmsNothing) {
+  DebugCapture debug;
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  std::atomic<int> ran{0};
+  pool->QueueJob(new LambdaJob([] { throw std::runtime_error("bad input"); }));
+  pool->QueueJob(new LambdaJob([] { throw 7; }));
+  pool->QueueJob(new LambdaJob([&] { ++ran; }));
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(ran, 1);
+  EXPECT_EQ(debug.text(),
+            "(!) Thread pool job failed with exception std::runtime_error:bad input\n"
+            "(!) Thread pool job failed with unknown exception\n");
+  EXPECT_EQ(Field(*pool, "Threads"), 1);
+  pool->Shutdown();
+}
+
+// A burst makes six workers; all of them time out together 10 s after the
+// burst, and exactly the minimum stays.
+TEST(ThreadPool, IdleWorkersRetireAfter10SecondsDownToTheMinimum) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(6, 2);
+  Gate gate;
+  for (int i = 0; i < 6; ++i) pool->QueueJob(gate.Job());
+  ASSERT_TRUE(Eventually([&] { return gate.waiting == 6; }));
+  EXPECT_EQ(Field(*pool, "Threads"), 6);
+  gate.open.Set();
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  const DWORD start = GetTickCount();
+  int fewest = 6;
+  while (GetTickCount() - start < 13000) {
+    fewest = std::min(fewest, Field(*pool, "Threads"));
+    if (GetTickCount() - start < 9000) {
+      EXPECT_EQ(fewest, 6) << "retired early";
+    }
+    Sleep(50);
+  }
+  EXPECT_EQ(fewest, 2);
+  EXPECT_EQ(Field(*pool, "Threads"), 2);
+  EXPECT_EQ(Field(*pool, "Idle"), 2);
+  pool->Shutdown();
+}
+
+TEST(ThreadPool, TheSystemPoolIsOneFromEveryThread) {
+  TEvent go;
+  IThreadPool* seen[8] = {};
+  {
+    std::vector<std::unique_ptr<WorkerThread>> callers;
+    for (auto& slot : seen)
+      callers.emplace_back(new WorkerThread([&go, &slot] {
+        go.WaitForSignal();
+        slot = GetSystemThreadPool().get();
+      }));
+    go.Set();
+    for (auto& caller : callers) ASSERT_TRUE(caller->Join(20000));
+  }
+  SmartPtr<IThreadPool> pool = GetSystemThreadPool();
+  for (IThreadPool* p : seen) EXPECT_EQ(p, pool.get());
+  std::atomic<int> ran{0};
+  pool->QueueJob(new LambdaJob([&] { ++ran; }));
+  EXPECT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(ran, 1);
+}
+
+}  // namespace

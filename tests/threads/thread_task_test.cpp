@@ -1,0 +1,145 @@
+// TThreadTask: its two events, the kept exception, Cancel before and during
+// the work, and what Suspend does outside the work.
+#include <qz/errors/exceptions.h>
+#include <qz/sync/event.h>
+#include <qz/threads/thread_pool.h>
+#include <qz/threads/thread_task.h>
+
+#include "support/test_threads.h"
+#include "threads/threads_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <stdexcept>
+
+namespace {
+
+using qz_test::Eventually;
+using threads_test::Field;
+using threads_test::LambdaJob;
+using threads_test::LambdaTask;
+
+TEST(ThreadTask, EventsFollowItsLifeAndAreNeverReset) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  TEvent release;
+  SmartPtr<LambdaTask> task = new LambdaTask([&] { release.WaitForSignal(); });
+  EXPECT_FALSE(task->IsStarted());
+  EXPECT_FALSE(task->WaitForFinish(0));
+  task->Suspend();  // not running: nothing to suspend
+  task->SetPriority(THREAD_PRIORITY_HIGHEST);
+  pool->QueueJob(task);
+  ASSERT_TRUE(task->WaitForStart(10000));
+  EXPECT_TRUE(task->IsRunning());
+  EXPECT_FALSE(task->WaitForFinish(50));
+  release.Set();
+  ASSERT_TRUE(task->WaitForFinish(10000));
+  EXPECT_TRUE(task->IsStarted());
+  EXPECT_TRUE(task->IsFinished());
+  EXPECT_FALSE(task->IsRunning());
+  EXPECT_FALSE(task->IsException());
+  pool->Shutdown();
+}
+
+// Every value by name and text, in order.
+std::string ValuesOf(const EGeneric& e) {
+  std::string text;
+  for (const auto& entry : e.values()) text += entry.first + "=" + _value_t(entry.second).as_string() + ";";
+  return text;
+}
+
+TEST(ThreadTask, KeepsWhatTheWorkThrewForRethrow) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  SmartPtr<LambdaTask> system = new LambdaTask([] { throw ESystemException(5); });
+  SmartPtr<LambdaTask> standard = new LambdaTask([] { throw std::out_of_range("index 9"); });
+  SmartPtr<LambdaTask> other = new LambdaTask([] { throw 1; });
+  for (auto* task : {system.get(), standard.get(), other.get()}) pool->QueueJob(task);
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  const ESystemException original(5);
+  try {
+    ASSERT_TRUE(system->IsException());
+    system->RethrowException();
+    FAIL() << "nothing thrown";
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(ValuesOf(e), ValuesOf(original));
+    EXPECT_EQ(ValuesOf(e).rfind("Code=5;Text=", 0), 0u);
+  }
+  try {
+    standard->RethrowException();
+    FAIL() << "nothing thrown";
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(static_cast<std::string>(e.get_value("Text")), "index 9");
+    EXPECT_EQ(static_cast<std::string>(e.get_value("Type")), "std::out_of_range");
+  }
+  EXPECT_THROW(other->RethrowException(), EGeneric);
+  pool->Shutdown();
+}
+
+TEST(ThreadTask, CancelledBeforeItStartsItNeverRuns) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(0, 0);
+  std::atomic<bool> ran{false};
+  SmartPtr<LambdaTask> task = new LambdaTask([&] { ran = true; });
+  pool->QueueJob(task);
+  task->Cancel();
+  EXPECT_TRUE(task->WaitForFinish(0));
+  EXPECT_FALSE(task->IsStarted());
+  pool->SetLimits(1, 0, 0);
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_FALSE(ran);
+  EXPECT_FALSE(task->IsStarted());
+  pool->Shutdown();
+}
+
+// The work blocks in an alertable wait; Cancel ends it by EThreadInterrupt,
+// and a fresh thread takes the worker's place and runs later jobs.
+TEST(ThreadTask, CancelDuringTheWorkReplacesTheWorker) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  TEvent never;
+  std::atomic<bool> unwound{false};
+  SmartPtr<LambdaTask> task = new LambdaTask([&] {
+    struct Mark {
+      std::atomic<bool>& flag;
+      ~Mark() { flag = true; }
+    } mark{unwound};
+    never.WaitForSignal();
+  });
+  pool->QueueJob(task);
+  ASSERT_TRUE(task->WaitForStart(10000));
+  Sleep(50);
+  const DWORD start = GetTickCount();
+  task->Cancel();
+  EXPECT_LT(GetTickCount() - start, 4000u) << "the worker was terminated";
+  EXPECT_TRUE(unwound);
+  EXPECT_TRUE(task->IsFinished());
+  EXPECT_FALSE(task->IsException());
+  std::atomic<int> ran{0};
+  for (int i = 0; i < 3; ++i) pool->QueueJob(new LambdaJob([&] { ++ran; }));
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(ran, 3);
+  EXPECT_EQ(Field(*pool, "Threads"), 1);
+  pool->Shutdown();
+}
+
+// Work that never waits cannot be interrupted: the worker is terminated
+// after 5000 ms, the job still counts as done, and the pool goes on.
+TEST(ThreadTask, CancellingWorkThatNeverWaitsTerminatesTheWorker) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  std::atomic<bool> spin{true};
+  SmartPtr<LambdaTask> task = new LambdaTask([&] {
+    while (spin) {
+    }
+  });
+  pool->QueueJob(task);
+  ASSERT_TRUE(task->WaitForStart(10000));
+  task->Cancel();
+  EXPECT_TRUE(task->IsFinished());
+  EXPECT_TRUE(pool->WaitForAllJobs(0)) << pool->ToString();
+  std::atomic<int> ran{0};
+  pool->QueueJob(new LambdaJob([&] { ++ran; }));
+  EXPECT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_EQ(ran, 1);
+  pool->Shutdown();
+}
+
+}  // namespace

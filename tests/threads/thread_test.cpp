@@ -1,0 +1,68 @@
+// TThread: the owning wrapper and its operations.
+#include <qz/errors/exceptions.h>
+#include <qz/threads/thread.h>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace {
+
+unsigned int WaitForRelease(void* release) {
+  WaitForSingleObject(static_cast<HANDLE>(release), 30000);
+  return 7;
+}
+
+void Count(unsigned long long counter) { ++*reinterpret_cast<std::atomic<int>*>(counter); }
+
+TEST(Thread, RunsItsEntryWithTheArgumentAndOperatesOnIt) {
+  HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  TThread thread(&WaitForRelease, release);
+  EXPECT_EQ(thread.SuspendThread(), 0u);
+  EXPECT_EQ(thread.SuspendThread(), 1u);
+  EXPECT_EQ(thread.ResumeThread(), 2u);
+  EXPECT_EQ(thread.ResumeThread(), 1u);
+  thread.SetThreadPriority(THREAD_PRIORITY_LOWEST);
+  EXPECT_EQ(GetThreadPriority(thread), THREAD_PRIORITY_LOWEST);
+  SetEvent(release);
+  ASSERT_EQ(thread.WaitForSingleObject(10000, FALSE), WAIT_OBJECT_0);
+  DWORD exit_code = 0;
+  GetExitCodeThread(thread, &exit_code);
+  EXPECT_EQ(exit_code, 7u);
+  CloseHandle(release);
+}
+
+// Kept as the library always had it: the flag is the new priority.
+TEST(Thread, DisableThreadPriorityBoostSetsThePriorityToTheFlag) {
+  HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  TThread thread(&WaitForRelease, release);
+  thread.DisableThreadPriorityBoost(true);
+  EXPECT_EQ(GetThreadPriority(thread), 1);
+  thread.DisableThreadPriorityBoost(false);
+  EXPECT_EQ(GetThreadPriority(thread), 0);
+  SetEvent(release);
+  thread.WaitForSingleObject(10000, FALSE);
+  CloseHandle(release);
+}
+
+TEST(Thread, QueuedCallsRunInAnAlertableSleepOnly) {
+  TThread self(DoNotInitialize);
+  self.AttachHandle(OpenThread(THREAD_ALL_ACCESS, FALSE, GetCurrentThreadId()));
+  std::atomic<int> calls{0};
+  self.QueueUserAPC(&Count, reinterpret_cast<unsigned long long>(&calls));
+  TThread::Sleep(1, 0);
+  EXPECT_EQ(calls, 0);
+  TThread::Pause();
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(Thread, OperationsWithoutAThreadThrow) {
+  TThread none(DoNotInitialize);
+  EXPECT_THROW(none.SuspendThread(), ESystemException);
+  EXPECT_THROW(none.QueueUserAPC(&Count, 0), ESystemException);
+  EXPECT_THROW(TThread(nullptr, nullptr), ESystemException);
+}
+
+}  // namespace
