@@ -16,13 +16,13 @@ constexpr int kSpinsBeforeSleep = 128;
 // threads do not keep stealing the cache line from the holder; then backs
 // off by sleeping, longer after each failed attempt.
 void _ml_interlocked_inner_lock::inner_lock_contended(_ml_common::_owner_id owner,
-                                                      bool alertable) const {
+                                                      _backoff backoff) const {
   for (int spin = 0; spin < kSpinsBeforeSleep; ++spin) {
     YieldProcessor();
     if (inner.load(std::memory_order_relaxed) == _ml_common::no_owner && try_inner_lock(owner)) return;
   }
   for (DWORD pause = 0;; ++pause) {
-    SleepEx(pause, alertable ? TRUE : FALSE);
+    SleepEx(pause, backoff == _backoff::alertable ? TRUE : FALSE);
     if (try_inner_lock(owner)) return;
   }
 }

@@ -32,20 +32,23 @@ class QZ_API _ml_interlocked_inner_lock {
   void inner_lock(_ml_common::_owner_id owner) const {
     _ml_common::_owner_id expected = _ml_common::no_owner;
     if (!inner.compare_exchange_strong(expected, owner, std::memory_order_acquire))
-      inner_lock_contended(owner, true);
+      inner_lock_contended(owner, _backoff::alertable);
   }
   void inner_lock_quietly(_ml_common::_owner_id owner) const noexcept {
     _ml_common::_owner_id expected = _ml_common::no_owner;
     if (!inner.compare_exchange_strong(expected, owner, std::memory_order_acquire))
-      inner_lock_contended(owner, false);
+      inner_lock_contended(owner, _backoff::quiet);
   }
   void inner_unlock() const noexcept { inner.store(_ml_common::no_owner, std::memory_order_release); }
   // The owner inside, or no_owner; for diagnosis only.
   _ml_common::_owner_id inner_owner() const noexcept { return inner.load(); }
 
  private:
-  // Throws only when `alertable` and a procedure call run by a sleep throws.
-  void inner_lock_contended(_ml_common::_owner_id owner, bool alertable) const;
+  // How the back-off sleeps: alertably (queued procedure calls run, and one
+  // that throws leaves the lock call) or quietly (they wait for later).
+  enum class _backoff { alertable, quiet };
+  // Throws only when alertable and a procedure call run by a sleep throws.
+  void inner_lock_contended(_ml_common::_owner_id owner, _backoff backoff) const;
   bool try_inner_lock(_ml_common::_owner_id owner) const noexcept {
     _ml_common::_owner_id expected = _ml_common::no_owner;
     return inner.compare_exchange_strong(expected, owner, std::memory_order_acquire);
