@@ -17,6 +17,8 @@
 #include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
 
+#include "bench_support.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -28,38 +30,11 @@
 
 namespace {
 
-double ticks_per_ns() {
-  LARGE_INTEGER frequency;
-  QueryPerformanceFrequency(&frequency);
-  return static_cast<double>(frequency.QuadPart) / 1e9;
-}
-
-__int64 now() {
-  LARGE_INTEGER counter;
-  QueryPerformanceCounter(&counter);
-  return counter.QuadPart;
-}
-
-// Best ns per call of `cycle` over `rounds` rounds of `count` calls.
-double best_ns(int rounds, int count, const std::function<void(int)>& cycle) {
-  double best = 1e300;
-  for (int r = 0; r < rounds; ++r) {
-    const __int64 start = now();
-    cycle(count);
-    const double ns = static_cast<double>(now() - start) / ticks_per_ns() / count;
-    if (ns < best) best = ns;
-  }
-  return best;
-}
+using bench::best_ns;
 
 void row(const char* what, double ns) { std::printf("  %-52s %12.1f ns\n", what, ns); }
 
-struct Goal {
-  const char* name;
-  double ratio;
-  double limit;
-};
-std::vector<Goal> goals;
+bench::goals goals;
 
 __attribute__((noinline)) void throw_generic() { throw EGeneric({"Text", "bench"}); }
 void (*volatile thrower)() = &throw_generic;
@@ -90,7 +65,7 @@ void throw_cost() {
   row("UseVEH false (floor)", without);
   row("default settings", with_handler);
   std::printf("  %-52s %12.2f x\n", "default vs UseVEH false", with_handler / without);
-  goals.push_back({"throw_with_handler", with_handler / without, 1.10});
+  goals.within("throw_with_handler", with_handler / without, 1.10);
 }
 
 __attribute__((noinline)) int read_at(std::uintptr_t address) {
@@ -185,8 +160,6 @@ int main() {
   fault_cost();
   stack_cost();
   std::printf("\n");
-  for (const Goal& g : goals)
-    std::printf("goal %s: %.2f x (limit %.2f) %s\n", g.name, g.ratio, g.limit,
-                g.ratio <= g.limit ? "met" : "NOT met");
+  goals.print();
   return 0;
 }

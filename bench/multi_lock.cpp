@@ -16,6 +16,8 @@
 // median of three rounds of a second, each with a fresh lock.
 #include <qz/sync/multi_lock.h>
 
+#include "bench_support.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -27,43 +29,17 @@
 
 namespace {
 
-double ticks_per_ns() {
-  LARGE_INTEGER frequency;
-  QueryPerformanceFrequency(&frequency);
-  return static_cast<double>(frequency.QuadPart) / 1e9;
-}
-
-__int64 now() {
-  LARGE_INTEGER counter;
-  QueryPerformanceCounter(&counter);
-  return counter.QuadPart;
-}
-
-// Best ns per call of `cycle` over `rounds` rounds of `count` calls.
-double best_ns(int rounds, int count, const std::function<void(int)>& cycle) {
-  double best = 1e300;
-  for (int r = 0; r < rounds; ++r) {
-    const __int64 start = now();
-    cycle(count);
-    const double ns = static_cast<double>(now() - start) / ticks_per_ns() / count;
-    if (ns < best) best = ns;
-  }
-  return best;
-}
-
+using bench::best_ns;
+using bench::now;
+using bench::ticks_per_ns;
 
 void row(const char* what, double ns) { std::printf("  %-46s %10.1f ns\n", what, ns); }
 
-struct Goal {
-  const char* name;
-  double ratio;
-  double limit;
-};
-std::vector<Goal> goals;
+bench::goals goals;
 
 void compare(const char* name, double ours, double floor, double limit) {
   std::printf("  %-46s %10.2f x\n", "TMultiLock vs SRW", ours / floor);
-  goals.push_back({name, ours / floor, limit});
+  goals.within(name, ours / floor, limit);
 }
 
 // One read cycle and one write cycle through the interface, as callers use it.
@@ -274,7 +250,6 @@ int main() {
   contended("Four threads, nine reads to one write", "four-threads-9-reads-1-write", 4, false);
   spin_bounds();
   std::printf("\n");
-  for (const Goal& g : goals)
-    std::printf("goal %s: %.2f x (limit %.1f) %s\n", g.name, g.ratio, g.limit, g.ratio <= g.limit ? "met" : "NOT met");
+  goals.print();
   return 0;
 }

@@ -15,6 +15,8 @@
 //
 // Goals: the library's pool at least 0.9x the throughput of plain-ml; and
 // plain-ml within 1.5x of plain-srw (the multi-lock costs the design little).
+#include "bench_support.h"
+
 #include <qz/sync/multi_lock.h>
 #include <qz/threads/thread_pool.h>
 
@@ -165,13 +167,6 @@ double Median(const std::function<Pool*()>& make, int producers) {
   return rounds[kRounds / 2];
 }
 
-struct Goal {
-  char name[40];
-  double ratio;
-  double limit;
-  bool at_least;  // the ratio must reach the limit, else stay within it
-};
-
 }  // namespace
 
 int main() {
@@ -179,7 +174,7 @@ int main() {
               kWorkers, kRounds);
   std::printf("  %-10s %12s %12s %12s %12s %10s %10s\n", "producers", "qz", "plain-ml", "plain-srw", "system",
               "qz/ml", "srw/ml");
-  std::vector<Goal> goals;
+  bench::goals goals;
   for (int producers : {1, 2, 4}) {
     const double qz = Median([] { return new LibraryPool; }, producers);
     const double ml = Median([] { return new PlainPool<MultiLockHold>; }, producers);
@@ -187,16 +182,9 @@ int main() {
     const double system = Median([] { return new SystemPool; }, producers);
     std::printf("  %-10d %12.0f %12.0f %12.0f %12.0f %10.2f %10.2f\n", producers, qz, ml, srw, system, qz / ml,
                 srw / ml);
-    Goal pool_goal{{}, qz / ml, 0.9, true};
-    std::snprintf(pool_goal.name, sizeof pool_goal.name, "pool-vs-plain-%dp", producers);
-    Goal lock_goal{{}, srw / ml, 1.5, false};
-    std::snprintf(lock_goal.name, sizeof lock_goal.name, "plain-srw-over-multi-lock-%dp", producers);
-    goals.push_back(pool_goal);
-    goals.push_back(lock_goal);
+    goals.at_least("pool-vs-plain-" + std::to_string(producers) + "p", qz / ml, 0.9);
+    goals.within("plain-srw-over-multi-lock-" + std::to_string(producers) + "p", srw / ml, 1.5);
   }
-  for (const Goal& g : goals) {
-    const bool met = g.at_least ? g.ratio >= g.limit : g.ratio <= g.limit;
-    std::printf("goal %s: %.2f x (limit %.2f) %s\n", g.name, g.ratio, g.limit, met ? "met" : "NOT met");
-  }
+  goals.print();
   return 0;
 }

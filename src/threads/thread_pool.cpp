@@ -3,7 +3,7 @@
 #include <qz/errors/generic.h>
 #include <qz/threads/thread_pool.h>
 
-#include "threads/lock_holds.h"
+#include "sync/lock_holds.h"
 
 #include <windows.h>
 

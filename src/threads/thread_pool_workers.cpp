@@ -8,7 +8,7 @@
 #include <qz/errors/exceptions.h>
 #include <qz/threads/thread_pool.h>
 
-#include "threads/lock_holds.h"
+#include "sync/lock_holds.h"
 #include "threads/uninterrupted.h"
 
 #include <utility>

@@ -1,33 +1,11 @@
 #include <qz/value/property_list.h>
 
+#include "sync/lock_holds.h"
+
 #include <cwchar>
 #include <utility>
 
 namespace {
-
-// Holds a reader/writer lock through its IMultiLock face for one block,
-// releasing it on every way out.
-class read_hold {
- public:
-  explicit read_hold(IMultiLock& lock) : lock_(lock) { lock_.ReadLock(); }
-  ~read_hold() { lock_.Unlock(); }
-  read_hold(const read_hold&) = delete;
-  read_hold& operator=(const read_hold&) = delete;
-
- private:
-  IMultiLock& lock_;
-};
-
-class write_hold {
- public:
-  explicit write_hold(IMultiLock& lock) : lock_(lock) { lock_.WriteLock(); }
-  ~write_hold() { lock_.Unlock(); }
-  write_hold(const write_hold&) = delete;
-  write_hold& operator=(const write_hold&) = delete;
-
- private:
-  IMultiLock& lock_;
-};
 
 // The runtime's compare has no answer for a null text; a null name is the
 // empty one.

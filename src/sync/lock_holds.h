@@ -1,4 +1,5 @@
-// Scoped read and write holds on a multi-lock (private to the library).
+// Scoped read and write holds on a multi-lock through its IMultiLock face,
+// released on every way out (private to the library).
 #pragma once
 
 #include <qz/sync/lock.h>
