@@ -2,6 +2,7 @@
 #include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
 
+#include "errors/errors_test_support.h"
 #include "support/scoped_setting.h"
 #include "support/test_threads.h"
 
@@ -16,20 +17,13 @@
 
 namespace {
 
+using errors_test::StartsWith;
+using errors_test::TextOf;
 using qz_test::ScopedSetting;
-
-bool starts_with(const std::string& text, const std::string& prefix) {
-  return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-std::string text_of(const EGeneric& e, const char* name) {
-  _value_t value = e.get_value(name);
-  return value.empty() ? "<none>" : value.as_string();
-}
 
 // The first "\n-> " line of a stack text, without the arrow.
 std::string first_frame(const std::string& stack) {
-  if (!starts_with(stack, "\n-> ")) return "<no frame>";
+  if (!StartsWith(stack, "\n-> ")) return "<no frame>";
   return stack.substr(4, stack.find('\n', 4) - 4);
 }
 
@@ -45,13 +39,9 @@ std::string names_of(const EGeneric& e) {
   return names;
 }
 
-// The engine stays started for the suite (each start costs seconds under
-// Wine); dumps stay off unless a test is about them.
-class DebugInformationTest : public ::testing::Test {
+// Dumps stay off unless a test is about them.
+class DebugInformationTest : public errors_test::SymbolEngineTest {
  protected:
-  static void SetUpTestSuite() { ASSERT_TRUE(SymInitialize()); }
-  static void TearDownTestSuite() { SymCleanup(); }
-
   ScopedSetting<bool> no_structured_dumps_{SaveMiniDumpOnStructuredException, false};
   ScopedSetting<bool> no_thrown_dumps_{SaveMiniDumpOnCppException, false};
 };
@@ -67,11 +57,11 @@ TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltIt) {
     FAIL();
   } catch (const EGeneric& e) {
     EXPECT_EQ(names_of(e), "ModuleName,AddressName,Stack,");
-    EXPECT_EQ(text_of(e, "ModuleName"), "qz_errors_tests");
-    EXPECT_TRUE(starts_with(text_of(e, "AddressName"), "throw_extended+")) << text_of(e, "AddressName");
-    EXPECT_NE(text_of(e, "AddressName").find("[debug_information_test.cpp#"), std::string::npos);
-    EXPECT_TRUE(starts_with(text_of(e, "Stack"), "\n-> " + text_of(e, "AddressName") + "\n-> "))
-        << text_of(e, "Stack");
+    EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
+    EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "throw_extended+")) << TextOf(e, "AddressName");
+    EXPECT_NE(TextOf(e, "AddressName").find("[debug_information_test.cpp#"), std::string::npos);
+    EXPECT_TRUE(StartsWith(TextOf(e, "Stack"), "\n-> " + TextOf(e, "AddressName") + "\n-> "))
+        << TextOf(e, "Stack");
   }
 }
 
@@ -94,14 +84,14 @@ TEST_F(DebugInformationTest, AStructuredExceptionWalksFromTheFaultsContextAndEnd
   ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
   const EStructuredException e = fault_at_captured_context();
   EXPECT_EQ(names_of(e), "Text,Code,Address,ModuleName,AddressName,Stack,");
-  EXPECT_TRUE(starts_with(text_of(e, "AddressName"), "fault_at_captured_context+"));
-  EXPECT_TRUE(starts_with(text_of(e, "Stack"), "\n-> fault_at_captured_context+"));
+  EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "fault_at_captured_context+"));
+  EXPECT_TRUE(StartsWith(TextOf(e, "Stack"), "\n-> fault_at_captured_context+"));
 
   // Without a context the walk starts where the exception was built.
   EXCEPTION_RECORD record = {};
   EXCEPTION_POINTERS no_context = {&record, nullptr};
   const EStructuredException here(0xC0000096, &no_context, GetCurrentThreadId());
-  EXPECT_TRUE(is_test_body(first_frame(text_of(here, "Stack")))) << text_of(here, "Stack");
+  EXPECT_TRUE(is_test_body(first_frame(TextOf(here, "Stack")))) << TextOf(here, "Stack");
 }
 
 __attribute__((noinline)) std::string stack_from_here() {
@@ -110,13 +100,12 @@ __attribute__((noinline)) std::string stack_from_here() {
 }
 
 TEST_F(DebugInformationTest, BuildStackAndMyDebugStackStartAtTheirCaller) {
-  EXPECT_TRUE(starts_with(stack_from_here(), "\n-> stack_from_here+"));
+  EXPECT_TRUE(StartsWith(stack_from_here(), "\n-> stack_from_here+"));
   const std::string mine = GetMyDebugStack();
   const std::string header = "Thread " + std::to_string(GetCurrentThreadId());
-  ASSERT_TRUE(starts_with(mine, header)) << mine;
+  ASSERT_TRUE(StartsWith(mine, header)) << mine;
   EXPECT_TRUE(is_test_body(first_frame(mine.substr(header.size())))) << mine;
 }
-
 
 __attribute__((noinline)) void churn_heaps(const std::atomic<bool>& stop, std::size_t size) {
   while (!stop) {
@@ -142,7 +131,7 @@ TEST_F(DebugInformationTest, SnapshotShowsEveryThreadOnceWithTheCallerFirstAndNe
   ASSERT_TRUE(qz_test::Eventually([&] { return started == 3; }));
   for (int round = 0; round < 2; ++round) {
     const std::string snapshot = TakeDebugSnapshot();
-    EXPECT_TRUE(starts_with(snapshot, "Thread " + std::to_string(GetCurrentThreadId()) + "\n-> "));
+    EXPECT_TRUE(StartsWith(snapshot, "Thread " + std::to_string(GetCurrentThreadId()) + "\n-> "));
     for (DWORD id : ids) {
       const std::string header = "\n\nThread " + std::to_string(id) + "\n-> ";
       const std::size_t block = snapshot.find(header);

@@ -3,6 +3,7 @@
 #include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
 
+#include "errors/errors_test_support.h"
 #include "errors/minidump_path.h"
 #include "support/scoped_setting.h"
 
@@ -10,12 +11,13 @@
 
 #include <windows.h>
 
-#include <cstdio>
-#include <regex>
 #include <string>
 
 namespace {
 
+using errors_test::FileExists;
+using errors_test::IsDump;
+using errors_test::NamedAsADumpOf;
 using qz_test::ScopedSetting;
 
 TEST(MiniDumpPath, WordsPatternAndDirectory) {
@@ -38,46 +40,25 @@ TEST(MiniDumpPath, WordsPatternAndDirectory) {
   EXPECT_EQ(minidump_path::directory_of("app.dmp"), "");
 }
 
-bool file_starts_with_mdmp(const std::string& path) {
-  FILE* file = std::fopen(path.c_str(), "rb");
-  if (!file) return false;
-  char signature[4] = {};
-  const bool read = std::fread(signature, 1, 4, file) == 4;
-  std::fclose(file);
-  return read && std::string(signature, 4) == "MDMP";
-}
-
-bool file_exists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
-// Every test leaves the folder as it found it (removed when it made it).
-class MiniDumpTest : public ::testing::Test {
+// Every test leaves the folder as it found it.
+class MiniDumpTest : public errors_test::SymbolEngineTest {
  protected:
-  static void SetUpTestSuite() { ASSERT_TRUE(SymInitialize()); }
-  static void TearDownTestSuite() { SymCleanup(); }
-  void SetUp() override { had_dumps_folder_ = file_exists("Dumps"); }
-  void TearDown() override {
-    if (!had_dumps_folder_) RemoveDirectoryA("Dumps");
-  }
-
   // A thrown EGeneric exposes its "MiniDump" so that cancel_minidump can run.
   struct Carrier : EGeneric {
     explicit Carrier(const std::string& path) { put_value("MiniDump", path); }
   };
 
-  bool had_dumps_folder_ = false;
+  errors_test::DumpDirectory directory_;
 };
-
-const char* const kTime = "_\\d{4}_\\d\\d_\\d\\d_\\d\\d_\\d\\d_\\d\\d_\\d{3}\\.dmp";
 
 TEST_F(MiniDumpTest, ADumpWithoutAFaultIsNamedAfterTheCaller) {
   const std::string path = EGeneric::SaveMiniDump(nullptr, 0, GetCurrentThreadId());
-  EXPECT_TRUE(std::regex_match(path, std::regex(std::string("Dumps\\\\qz_errors_tests_Dump") + kTime)))
-      << path;
-  EXPECT_TRUE(file_starts_with_mdmp(path));
+  EXPECT_TRUE(NamedAsADumpOf(path, "qz_errors_tests_Dump")) << path;
+  EXPECT_TRUE(IsDump(path));
 
   Carrier carrier(path);
   carrier.cancel_minidump();
-  EXPECT_FALSE(file_exists(path));
+  EXPECT_FALSE(FileExists(path));
   EXPECT_TRUE(carrier.values().empty());
 }
 
@@ -94,11 +75,10 @@ TEST_F(MiniDumpTest, AFaultsDumpCarriesItsCodeAndIsTheMiniDumpValue) {
   EStructuredException fault(EXCEPTION_ACCESS_VIOLATION, &pointers, GetCurrentThreadId());
 
   const std::string path(fault.get_value("MiniDump"));
-  EXPECT_TRUE(std::regex_match(path, std::regex(std::string("Dumps\\\\qz_errors_tests_C0000005") + kTime)))
-      << path;
-  EXPECT_TRUE(file_starts_with_mdmp(path));
+  EXPECT_TRUE(NamedAsADumpOf(path, "qz_errors_tests_C0000005")) << path;
+  EXPECT_TRUE(IsDump(path));
   fault.cancel_minidump();
-  EXPECT_FALSE(file_exists(path));
+  EXPECT_FALSE(FileExists(path));
   EXPECT_TRUE(fault.get_value("MiniDump").empty());
 }
 
@@ -120,9 +100,8 @@ TEST_F(MiniDumpTest, AThrownEGenericNamesItsModuleAndType) {
   } catch (const EGeneric&) {
   }
   RemoveVectoredExceptionHandler(handler);
-  EXPECT_TRUE(std::regex_match(thrown_dump, std::regex(std::string("Dumps\\\\pluginx_EGeneric") + kTime)))
-      << thrown_dump;
-  EXPECT_TRUE(file_starts_with_mdmp(thrown_dump));
+  EXPECT_TRUE(NamedAsADumpOf(thrown_dump, "pluginx_EGeneric")) << thrown_dump;
+  EXPECT_TRUE(IsDump(thrown_dump));
   DeleteFileA(thrown_dump.c_str());
 }
 
@@ -130,7 +109,7 @@ TEST_F(MiniDumpTest, AnUncreatableFolderGivesNoDumpAndNoValue) {
   ScopedSetting<const char*> nested(MiniDumpFileFormat,
                                     "NoSuchFolder\\Deeper\\%s_%s_%04hd_%02hd_%02hd_%02hd_%02hd_%02hd_%03hd.dmp");
   EXPECT_EQ(EGeneric::SaveMiniDump(nullptr, 0, GetCurrentThreadId()), "");
-  EXPECT_FALSE(file_exists("NoSuchFolder"));
+  EXPECT_FALSE(FileExists("NoSuchFolder"));
 
   ScopedSetting<bool> dumps(SaveMiniDumpOnStructuredException, true);
   EXCEPTION_RECORD record = {};

@@ -5,6 +5,7 @@
 #include <qz/errors/tuning.h>
 
 #include "errors/fault_test_support.h"
+#include "support/error_code.h"
 #include "support/test_threads.h"
 
 #include <gtest/gtest.h>
@@ -40,16 +41,6 @@ const FaultCase kFaults[] = {
     {"divide", &divide_by, 0, "Divide by Zero", -1073741676, {}},
 };
 
-// The list of a caught fault, each value as "name=text;".
-std::string ValuesOf(const EGeneric& e) {
-  std::string all;
-  for (const auto& entry : e.values()) {
-    _value_t value = entry.second;
-    all += entry.first + "=" + value.as_string() + ";";
-  }
-  return all;
-}
-
 std::string Expected(const FaultCase& fault, int address) {
   std::string all = std::string("Text=") + fault.text + ";Code=" + std::to_string(fault.code) +
                     ";Address=" + std::to_string(address) + ";";
@@ -73,7 +64,7 @@ std::string CatchEveryFault() {
       if (address < static_cast<std::uint32_t>(start) ||
           address > static_cast<std::uint32_t>(start) + 64)
         failures += std::string(fault.name) + ": address outside the faulting function\n";
-      const std::string values = ValuesOf(e);
+      const std::string values = qz_test::ValuesOf(e);
       const std::string expected = Expected(fault, static_cast<int>(address));
       if (values != expected)
         failures += std::string(fault.name) + ": " + values + " != " + expected + "\n";
@@ -233,10 +224,6 @@ TEST(FaultTranslation, SeveralThreadsFaultingAtOnceAreAllTranslated) {
   EXPECT_EQ(translated, kThreads * kRounds);
   EXPECT_EQ(overflows, kThreads * 2);
 }
-
-}  // namespace
-
-namespace {
 
 // A load through its first argument whose faulting instruction is two bytes
 // long, so that a handler can step over it.

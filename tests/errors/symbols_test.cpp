@@ -1,6 +1,7 @@
 #include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
 
+#include "errors/errors_test_support.h"
 #include "errors/symbol_text_rules.h"
 #include "support/scoped_setting.h"
 #include "support/test_threads.h"
@@ -26,17 +27,9 @@ unsigned long long address_of(void* function) {
 
 __attribute__((noinline)) int named_test_function(int x) { return x * 3 + 1; }
 
-bool starts_with(const std::string& text, const std::string& prefix) {
-  return text.compare(0, prefix.size(), prefix) == 0;
-}
+using errors_test::StartsWith;
 
-// Keeps the engine started for a whole suite: each start reads the modules'
-// debug information again, which takes seconds under Wine.
-class SymbolsTest : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { ASSERT_TRUE(SymInitialize()); }
-  static void TearDownTestSuite() { SymCleanup(); }
-};
+class SymbolsTest : public errors_test::SymbolEngineTest {};
 
 TEST(SymbolTexts, RulesForNamesSourcesAndShortening) {
   EXPECT_EQ(symbol_text::name("f", 0x401000, 0), "f");
@@ -64,7 +57,7 @@ TEST_F(SymbolsTest, NamesFunctionsOfTheProgramTheLibraryAndNoModule) {
   EXPECT_EQ(SymGetNameFromAddress(own), "named_test_function");
   EXPECT_EQ(SymGetNameFromAddress(own + 2), "named_test_function+2");
   const std::string source = SymGetSourceFromAddress(own);
-  EXPECT_TRUE(starts_with(source, "symbols_test.cpp#")) << source;
+  EXPECT_TRUE(StartsWith(source, "symbols_test.cpp#")) << source;
   EXPECT_EQ(SymGetFullNameFromAddress(own + 2),
             "named_test_function+2[" + SymGetSourceFromAddress(own + 2) + "]");
   EXPECT_EQ(SymGetModuleFromAddress(own), "qz_errors_tests");
@@ -73,7 +66,7 @@ TEST_F(SymbolsTest, NamesFunctionsOfTheProgramTheLibraryAndNoModule) {
   const unsigned long long library =
       address_of(reinterpret_cast<void*>(static_cast<naming>(&SymGetModuleFromAddress)));
   EXPECT_EQ(SymGetNameFromAddress(library), "SymGetModuleFromAddress");
-  EXPECT_TRUE(starts_with(SymGetSourceFromAddress(library), "symbol_texts.cpp#"));
+  EXPECT_TRUE(StartsWith(SymGetSourceFromAddress(library), "symbol_texts.cpp#"));
   EXPECT_EQ(SymGetModuleFromAddress(library), "qz");
   EXPECT_EQ(SymGetModuleFromAddress(address_of(reinterpret_cast<void*>(&GetTickCount))), "kernel32");
 
@@ -113,14 +106,14 @@ TEST_F(SymbolsTest, StackWalkFromNoContextStartsAtTheCallerAndHonoursSkipAndMax)
   unsigned long long frames[64] = {};
   const unsigned int count = walk_here(frames, 0, 64);
   ASSERT_GE(count, 3u);
-  EXPECT_TRUE(starts_with(SymGetNameFromAddress(frames[0]), "walk_here+"));
-  EXPECT_TRUE(starts_with(SymGetNameFromAddress(frames[1]),
+  EXPECT_TRUE(StartsWith(SymGetNameFromAddress(frames[0]), "walk_here+"));
+  EXPECT_TRUE(StartsWith(SymGetNameFromAddress(frames[1]),
                           "SymbolsTest_StackWalkFromNoContextStartsAtTheCallerAndHonoursSkipAndMax_Test::TestBody+"))
       << SymGetNameFromAddress(frames[1]);
 
   unsigned long long skipped[4] = {};
   ASSERT_EQ(walk_one_deeper(skipped), 4u);  // max honoured; walk_here skipped
-  EXPECT_TRUE(starts_with(SymGetNameFromAddress(skipped[0]), "walk_one_deeper+"));
+  EXPECT_TRUE(StartsWith(SymGetNameFromAddress(skipped[0]), "walk_one_deeper+"));
   EXPECT_EQ(StackWalk(nullptr, nullptr, nullptr, 0, 64), 0u);
 }
 
@@ -148,10 +141,6 @@ TEST_F(SymbolsTest, StackTraceHasOneArrowLinePerFrame) {
             "\n-> " + SymGetFullNameFromAddress(own + 1) + "\n-> 0x10");
   EXPECT_EQ(SymGetStackTrace(frames, 0), "");
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(SymbolsTest, AModuleLoadedAfterTheStartIsFoundToo) {
   HMODULE late = LoadLibraryW(L"version.dll");

@@ -4,24 +4,23 @@
 #include <qz/errors/structured_exceptions.h>
 #include <qz/errors/tuning.h>
 
+#include "errors/errors_test_support.h"
 #include "errors/fault_test_support.h"
 #include "support/scoped_setting.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace {
 
+using errors_test::DumpDirectory;
+using errors_test::IsDump;
+using errors_test::NamedAsADumpOf;
+using errors_test::TextOf;
 using qz_test::ScopedSetting;
-
-std::string TextOf(const EGeneric& e, const char* name) {
-  _value_t value = e.get_value(name);
-  return value.empty() ? "<none>" : value.as_string();
-}
 
 __attribute__((noinline)) void ThrowFromDeepInside() { throw EGeneric({"Text", "deep"}); }
 void (*volatile throw_from_deep_inside)() = &ThrowFromDeepInside;
@@ -86,37 +85,6 @@ std::vector<std::string> Dumps() {
   FindClose(search);
   return names;
 }
-
-bool IsDump(const std::string& path) {
-  char magic[4] = {};
-  HANDLE file =
-      CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  DWORD read = 0;
-  ReadFile(file, magic, sizeof magic, &read, nullptr);
-  CloseHandle(file);
-  return read == 4 && std::string(magic, 4) == "MDMP";
-}
-
-// "Dumps\<module>_<kind>_" then the local time as 2024_01_31_23_59_58_123.
-bool NamedAsADumpOf(const std::string& path, const std::string& module_and_kind) {
-  const std::string prefix = "Dumps\\" + module_and_kind + "_";
-  const std::string time = path.substr(std::min(prefix.size(), path.size()));
-  return path.rfind(prefix, 0) == 0 && time.size() == 27 && time.substr(23) == ".dmp" &&
-         time[4] == '_' && time[19] == '_';
-}
-
-// Leaves the dump directory as it found it.
-class DumpDirectory {
- public:
-  DumpDirectory() : existed_(GetFileAttributesW(L"Dumps") != INVALID_FILE_ATTRIBUTES) {}
-  ~DumpDirectory() {
-    if (!existed_) RemoveDirectoryW(L"Dumps");
-  }
-
- private:
-  bool existed_;
-};
 
 TEST(VectoredHandler, ExcludedKindsAndInterruptionsNeverWriteADump) {
   DumpDirectory directory;

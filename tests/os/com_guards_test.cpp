@@ -4,6 +4,7 @@
 #include <qz/os/impersonation_context.h>
 
 #include "support/captured_stream.h"
+#include "support/error_code.h"
 #include "support/test_threads.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +14,7 @@
 namespace {
 
 using qz_test::CapturedStream;
+using qz_test::CodeOf;
 using qz_test::WorkerThread;
 
 // The calling thread's apartment, by name.
@@ -24,8 +26,6 @@ std::string Apartment() {
   if (FAILED(hr)) return "error";
   return type == APTTYPE_MTA ? "MTA" : "STA";
 }
-
-long CodeOf(const EComException& e) { return static_cast<int>(e.get_value("Code")); }
 
 // On a thread of its own (no earlier COM state): the apartment before,
 // inside the guard `Outer`, inside a second `Outer` (S_FALSE), when a guard

@@ -1,5 +1,7 @@
 // Catches what a debug stream writes while the object lives, by adding a
-// writer of its own and removing it again.
+// writer of its own and removing it again. Any thread may write to the
+// stream meanwhile: the text is read under the stream's lock, which feeds
+// the writer.
 #pragma once
 
 #include <qz/logging/debug_stream.h>
@@ -18,7 +20,10 @@ class CapturedStream {
   CapturedStream(const CapturedStream&) = delete;
   CapturedStream& operator=(const CapturedStream&) = delete;
 
-  const std::string& text() const { return writer_->text; }
+  std::string text() const {
+    TDebugStreamSession hold(stream_);
+    return writer_->text;
+  }
 
  private:
   struct Writer : TStreamWriter {

@@ -25,7 +25,7 @@ namespace {
 
 using qz_test::Actor;
 using qz_test::WorkerThread;
-using threads_test::LambdaThread;
+using threads_test::InterruptWhileWaiting;
 
 // Releases the calling thread's most recent hold when it goes.
 struct Release {
@@ -34,27 +34,6 @@ struct Release {
 };
 
 std::string Me(const char* hold) { return std::to_string(GetCurrentThreadId()) + ":" + hold; }
-
-// Starts `wait` on a thread class, lets it block, interrupts it and checks
-// that it unwound by the interruption rather than by termination.
-void InterruptWhileWaiting(const std::function<void()>& wait) {
-  std::atomic<bool> unwound{false};
-  LambdaThread thread([&] {
-    struct Mark {
-      std::atomic<bool>& flag;
-      ~Mark() { flag = true; }
-    } mark{unwound};
-    wait();
-  });
-  thread.StartThread();
-  ASSERT_TRUE(thread.started.Signaled(10000));
-  Sleep(100);  // past the spinning, asleep in the kernel
-  const DWORD start = GetTickCount();
-  thread.InterruptThread(0, 20000);
-  EXPECT_LT(GetTickCount() - start, 10000u) << "ended by termination";
-  EXPECT_TRUE(unwound);
-  EXPECT_FALSE(thread.returned);
-}
 
 struct MultiLockCase {
   const char* name;

@@ -1,13 +1,15 @@
 // TThreadClass: the start sequence, interruption at every kind of wait, the
 // bounded stop and destruction, and the runaway lines.
 #include <qz/errors/exceptions.h>
-#include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
+#include <qz/logging/global_streams.h>
 #include <qz/sync/event.h>
 #include <qz/sync/multi_lock.h>
 #include <qz/sync/mutex.h>
 #include <qz/threads/thread_class.h>
 
+#include "support/captured_stream.h"
+#include "support/scoped_setting.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
@@ -19,15 +21,9 @@
 
 namespace {
 
-using threads_test::DebugCapture;
+using qz_test::CapturedStream;
+using threads_test::InterruptWhileWaiting;
 using threads_test::LambdaThread;
-
-// Set when the body's frame unwinds: proof that it left by an exception and
-// not by termination.
-struct UnwindMark {
-  std::atomic<bool>& flag;
-  ~UnwindMark() { flag = true; }
-};
 
 struct BlockingWait {
   const char* name;
@@ -49,22 +45,8 @@ TEST(ThreadInterruption, EndsABodyBlockedInAnyWaitWithoutTermination) {
   };
   for (const BlockingWait& w : waits) {
     SCOPED_TRACE(w.name);
-    DebugCapture debug;
-    std::atomic<bool> unwound{false};
-    LambdaThread thread([&] {
-      UnwindMark mark{unwound};
-      w.wait();
-    });
-    thread.StartThread();
-    ASSERT_TRUE(thread.started.Signaled(10000));
-    Sleep(50);  // into the wait
-    const DWORD start = GetTickCount();
-    thread.InterruptThread(0, 20000);
-    EXPECT_LT(GetTickCount() - start, 10000u) << "ended by termination";
-    EXPECT_TRUE(unwound);
-    EXPECT_FALSE(thread.returned);
-    EXPECT_EQ(thread.exceptions_reported, 0);
-    EXPECT_EQ(thread.state(), 0);
+    CapturedStream debug(Debug);
+    InterruptWhileWaiting(w.wait);
     EXPECT_EQ(debug.text(), "");
   }
   EXPECT_EQ(multi_lock.GetStatusString(), "locked_read, " + std::to_string(GetCurrentThreadId()) + ":R");
@@ -172,7 +154,7 @@ TEST(ThreadClass, LogsRunawaysByteForByteAndReportsThem) {
   };
   for (const RunawayCase& c : cases) {
     SCOPED_TRACE(c.name);
-    DebugCapture debug;
+    CapturedStream debug(Debug);
     LambdaThread thread(c.body);
     thread.StartThread();
     ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
@@ -182,33 +164,21 @@ TEST(ThreadClass, LogsRunawaysByteForByteAndReportsThem) {
   }
 }
 
-// The fault translator is in place once the library exports the overflow
-// stack reset; until then a fault would end the test program.
-bool FaultTranslatorPresent() {
-  return GetProcAddress(GetModuleHandleW(L"qz.dll"), "_ZN23EStackOverflowException10ResetStackEv") != nullptr;
-}
-
 int (*volatile g_read)(const int*) = [](const int* p) { return *p; };
 
 TEST(ThreadClass, AProcessorFaultInTheBodyIsARunaway) {
-  if (!FaultTranslatorPresent()) GTEST_SKIP() << "the fault translator is not built yet";
   // A dump costs seconds and is not what this test is about.
-  const bool saved_dump_switch = SaveMiniDumpOnStructuredException;
-  SaveMiniDumpOnStructuredException = false;
-  DebugCapture debug;
+  qz_test::ScopedSetting<bool> no_dump(SaveMiniDumpOnStructuredException, false);
+  CapturedStream debug(Debug);
   LambdaThread thread([] { g_read(reinterpret_cast<const int*>(0x10)); });
   thread.StartThread();
   ASSERT_EQ(WaitForSingleObject(thread, 30000), WAIT_OBJECT_0);
   EXPECT_EQ(debug.text().rfind("(!) Thread runaway with exception EStructuredException:", 0), 0u) << debug.text();
   EXPECT_NE(debug.text().find("Access Violation (read from 0x10)"), std::string::npos);
   EXPECT_EQ(thread.exceptions_reported, 1);
-  SaveMiniDumpOnStructuredException = saved_dump_switch;
 }
 
 TEST(ThreadClass, GetCurrentStackOfAnotherThread) {
-  unsigned long long frames[4];
-  if (StackWalk(frames, nullptr, GetCurrentThread(), 0, 4) == 0)
-    GTEST_SKIP() << "the symbol engine is not built yet";
   TEvent release;
   LambdaThread thread([&] { release.WaitForSignal(); });
   thread.StartThread();

@@ -5,9 +5,11 @@
 // Runs QZ_SOAK_SECONDS seconds (3 unless set):
 //   QZ_SOAK_SECONDS=600 scripts/wine-run build/bin/qz_threads_tests.exe --gtest_filter='ThreadPoolSoak.*'
 #include <qz/errors/generic.h>
+#include <qz/logging/global_streams.h>
 #include <qz/threads/thread_pool.h>
 #include <qz/threads/thread_task.h>
 
+#include "support/captured_stream.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
@@ -27,19 +29,20 @@
 
 namespace {
 
+using qz_test::CapturedStream;
 using qz_test::Eventually;
 using qz_test::WorkerThread;
-using threads_test::DebugCapture;
 using threads_test::Field;
 
 struct Tally {
   std::atomic<long long> created{0}, ran{0}, never_ran{0}, ran_twice{0}, kept_exceptions{0};
 };
 
-// Counts its runs and, when it goes, whether it ran once, never or twice.
+// Counts its runs and, when it goes, whether it ran once, never or twice;
+// `throws_` says whether its work ends by an exception.
 class CountedRuns {
  public:
-  explicit CountedRuns(Tally& t) : tally_(t) { ++tally_.created; }
+  CountedRuns(Tally& t, bool throws) : tally_(t), throws_(throws) { ++tally_.created; }
   ~CountedRuns() {
     const int runs = runs_;
     ++(runs == 0 ? tally_.never_ran : runs == 1 ? tally_.ran : tally_.ran_twice);
@@ -48,6 +51,7 @@ class CountedRuns {
 
  protected:
   Tally& tally_;
+  const bool throws_;
 
  private:
   std::atomic<int> runs_{0};
@@ -55,20 +59,17 @@ class CountedRuns {
 
 class SoakJob : public IThreadJob, CountedRuns {
  public:
-  SoakJob(Tally& t, bool throws) : CountedRuns(t), throws_(throws) {}
+  using CountedRuns::CountedRuns;
   void Execute() override {
     Ran();
     if (throws_) throw std::runtime_error("soak");
   }
-
- private:
-  bool throws_;
 };
 
 // Sleeps alertably, so that a Cancel can reach it; some throw.
 class SoakTask : public TThreadTask, CountedRuns {
  public:
-  SoakTask(Tally& t, bool throws) : CountedRuns(t), throws_(throws) {}
+  using CountedRuns::CountedRuns;
   ~SoakTask() override {
     if (IsException()) ++tally_.kept_exceptions;
   }
@@ -77,9 +78,6 @@ class SoakTask : public TThreadTask, CountedRuns {
     TThread::Sleep(1, 1);
     if (throws_) throw EGeneric({"Text", "soak task"});
   }
-
- private:
-  bool throws_;
 };
 
 // Threads of this process started through the C runtime's thread start,
@@ -134,7 +132,7 @@ void WarmUp() {
 }
 
 TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
-  DebugCapture debug;  // the throwing jobs' lines stay off the debugger
+  CapturedStream debug(Debug);  // the throwing jobs' lines stay off the debugger
   WarmUp();
   const int threads_before = LibraryThreads();
   const DWORD handles_before = ProcessHandles();

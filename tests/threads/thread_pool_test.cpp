@@ -1,9 +1,12 @@
 // TThreadPool: order, limits, overflow, waiting, clearing, shutdown, idle
 // retirement and the process-wide pool.
 #include <qz/errors/exceptions.h>
+#include <qz/logging/global_streams.h>
 #include <qz/sync/event.h>
 #include <qz/threads/thread_pool.h>
 
+#include "support/captured_stream.h"
+#include "support/error_code.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
@@ -18,9 +21,9 @@
 
 namespace {
 
+using qz_test::CapturedStream;
 using qz_test::Eventually;
 using qz_test::WorkerThread;
-using threads_test::DebugCapture;
 using threads_test::Field;
 using threads_test::LambdaJob;
 
@@ -65,13 +68,7 @@ TEST(ThreadPool, AFullQueueThrowsWithItsThreeValuesInOrder) {
     pool->QueueJob(new LambdaJob([] {}));
     FAIL() << "no overflow";
   } catch (const EGeneric& e) {
-    ASSERT_EQ(e.values().size(), 3u);
-    EXPECT_EQ(e.values()[0].first, "Text");
-    EXPECT_EQ(static_cast<std::string>(e.get_value("Text")), "Thread pool overflowed");
-    EXPECT_EQ(e.values()[1].first, "JobQueueSize");
-    EXPECT_EQ(static_cast<int>(e.get_value("JobQueueSize")), 1);
-    EXPECT_EQ(e.values()[2].first, "ThreadsSize");
-    EXPECT_EQ(static_cast<int>(e.get_value("ThreadsSize")), 0);
+    EXPECT_EQ(qz_test::ValuesOf(e), "Text=Thread pool overflowed;JobQueueSize=1;ThreadsSize=0;");
   }
   EXPECT_FALSE(static_cast<TThreadPool*>(pool.get())->TryQueueJob(new LambdaJob([] {})));
   EXPECT_EQ(Field(*pool, "Queue"), 1);
@@ -154,7 +151,7 @@ TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
 }
 
 TEST(ThreadPool, AThrowingJobIsLoggedAndHarmsNothing) {
-  DebugCapture debug;
+  CapturedStream debug(Debug);
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
   std::atomic<int> ran{0};
   pool->QueueJob(new LambdaJob([] { throw std::runtime_error("bad input"); }));

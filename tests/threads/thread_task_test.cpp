@@ -5,6 +5,7 @@
 #include <qz/threads/thread_pool.h>
 #include <qz/threads/thread_task.h>
 
+#include "support/error_code.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
@@ -16,7 +17,7 @@
 
 namespace {
 
-using qz_test::Eventually;
+using qz_test::ValuesOf;
 using threads_test::Field;
 using threads_test::LambdaJob;
 using threads_test::LambdaTask;
@@ -40,13 +41,6 @@ TEST(ThreadTask, EventsFollowItsLifeAndAreNeverReset) {
   EXPECT_FALSE(task->IsRunning());
   EXPECT_FALSE(task->IsException());
   pool->Shutdown();
-}
-
-// Every value by name and text, in order.
-std::string ValuesOf(const EGeneric& e) {
-  std::string text;
-  for (const auto& entry : e.values()) text += entry.first + "=" + _value_t(entry.second).as_string() + ";";
-  return text;
 }
 
 TEST(ThreadTask, KeepsWhatTheWorkThrewForRethrow) {
@@ -98,10 +92,7 @@ TEST(ThreadTask, CancelDuringTheWorkReplacesTheWorker) {
   TEvent never;
   std::atomic<bool> unwound{false};
   SmartPtr<LambdaTask> task = new LambdaTask([&] {
-    struct Mark {
-      std::atomic<bool>& flag;
-      ~Mark() { flag = true; }
-    } mark{unwound};
+    threads_test::UnwindMark mark{unwound};
     never.WaitForSignal();
   });
   pool->QueueJob(task);

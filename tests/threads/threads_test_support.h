@@ -1,14 +1,15 @@
 // Helpers shared by the thread tests: a thread class and jobs made from
-// lambdas, and a recorder of what the library writes to Debug.
+// lambdas, and an interruption checked to unwind.
 #pragma once
 
-#include <qz/logging/debug_stream.h>
-#include <qz/logging/global_streams.h>
-#include <qz/logging/stream_writer.h>
 #include <qz/sync/event.h>
 #include <qz/threads/thread_class.h>
 #include <qz/threads/thread_job.h>
 #include <qz/threads/thread_task.h>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
 
 #include <atomic>
 #include <functional>
@@ -16,27 +17,6 @@
 #include <utility>
 
 namespace threads_test {
-
-// Records what reaches the Debug stream while it lives.
-class DebugCapture {
- public:
-  DebugCapture() : writer_(new Recorder) { Debug.AddWriter(writer_); }
-  ~DebugCapture() { Debug.RemoveWriter(writer_); }
-  DebugCapture(const DebugCapture&) = delete;
-  DebugCapture& operator=(const DebugCapture&) = delete;
-
-  std::string text() const {
-    TDebugStreamSession hold(Debug);  // the writer is fed under the stream's lock
-    return writer_->text;
-  }
-
- private:
-  struct Recorder : TStreamWriter {
-    void StreamWriteString(const char* t, size_t length) override { text.append(t, length); }
-    std::string text;
-  };
-  SmartPtr<Recorder> writer_;
-};
 
 // A TThreadClass whose body is a lambda. It notes OnException calls and
 // whether the body got past its end or unwound, and stops its thread before
@@ -61,6 +41,33 @@ class LambdaThread : public TThreadClass {
  private:
   std::function<void()> body_;
 };
+
+// Set when the frame that holds it unwinds: proof that a body left by an
+// exception and not by termination.
+struct UnwindMark {
+  std::atomic<bool>& flag;
+  ~UnwindMark() { flag = true; }
+};
+
+// Starts `wait` as a thread class's body, lets it block, interrupts it and
+// checks that it unwound by the interruption (not by termination), quietly.
+inline void InterruptWhileWaiting(const std::function<void()>& wait) {
+  std::atomic<bool> unwound{false};
+  LambdaThread thread([&] {
+    UnwindMark mark{unwound};
+    wait();
+  });
+  thread.StartThread();
+  ASSERT_TRUE(thread.started.Signaled(10000));
+  Sleep(100);  // past the spinning, asleep in the kernel
+  const DWORD start = GetTickCount();
+  thread.InterruptThread(0, 20000);
+  EXPECT_LT(GetTickCount() - start, 10000u) << "ended by termination";
+  EXPECT_TRUE(unwound);
+  EXPECT_FALSE(thread.returned);
+  EXPECT_EQ(thread.exceptions_reported, 0);
+  EXPECT_EQ(thread.state(), 0);
+}
 
 class LambdaJob : public IThreadJob {
  public:
