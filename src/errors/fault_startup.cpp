@@ -35,20 +35,6 @@ class tls_slot {
   DWORD index_;
 };
 
-class overflow_event_owner {
- public:
-  explicit overflow_event_owner(stack_overflow_handoff& handoff) : handoff_(handoff) {
-    handoff_.done = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    if (!handoff_.done) ThrowSystemException();
-  }
-  ~overflow_event_owner() { CloseHandle(handoff_.done); }
-  overflow_event_owner(const overflow_event_owner&) = delete;
-  overflow_event_owner& operator=(const overflow_event_owner&) = delete;
-
- private:
-  stack_overflow_handoff& handoff_;
-};
-
 // The handler is registered first in the chain, so that it sees every
 // exception before any frame-based handler runs. It is removed again at
 // unload: a handler left registered after its code is unmapped would crash
@@ -95,7 +81,6 @@ class purecall_installation {
 tls_slot reentry_slot;
 tls_slot translator_slot;
 stack_overflow_handoff handoff;
-overflow_event_owner handoff_event(handoff);
 vectored_registration registration;
 purecall_installation purecall;
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <qz/sync/critical_section.h>
+#include <qz/sync/event.h>
 
 #include <windows.h>
 
@@ -20,7 +21,7 @@ DWORD fault_translator_slot();
 // (one at a time process-wide), so the two slots need no lock of their own.
 struct stack_overflow_handoff {
   TCriticalSection lock;
-  HANDLE done = nullptr;  // automatic reset: the helper has filled the exception
+  TEvent done{false, false};  // automatic reset: the helper has filled the exception
   EXCEPTION_POINTERS* pointers = nullptr;
   unsigned long thread_id = 0;
 };

@@ -81,7 +81,7 @@ unsigned int EStackOverflowException::ThrowThread(void* target) {
   stack_overflow_handoff& handoff = overflow_handoff();
   const EStructuredException built(kStackOverflow, handoff.pointers, handoff.thread_id);
   static_cast<EGeneric&>(*static_cast<EStackOverflowException*>(target)) = built;
-  if (!SetEvent(handoff.done)) ThrowSystemException();
+  handoff.done.Set();
   return 0;
 }
 

@@ -29,8 +29,6 @@ IStreamPtr CComFileStream::OpenFileStream(const wchar_t* name, DWORD access, DWO
   return IStreamPtr(stream);  // the one reference
 }
 
-ULONG CComFileStream::AddRef() { return static_cast<ULONG>(SmartPtrObj::AddRef()); }
-
 ULONG CComFileStream::Release() { return static_cast<ULONG>(SmartPtrObj::Release()); }
 
 HRESULT CComFileStream::Read(void* buffer, ULONG size, ULONG* read) {

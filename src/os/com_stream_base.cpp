@@ -2,6 +2,8 @@
 
 CComStreamBase::~CComStreamBase() = default;
 
+ULONG CComStreamBase::AddRef() { return static_cast<ULONG>(SmartPtrObj::AddRef()); }
+
 HRESULT CComStreamBase::QueryInterface(REFIID iid, void** object) {
   if (!object) return E_POINTER;
   if (iid == IID_IUnknown || iid == IID_ISequentialStream || iid == IID_IStream) {

@@ -17,8 +17,6 @@ IStreamPtr CComStringStream::OpenStringStream(const std::stringstream& source) {
 
 std::string CComStringStream::str() const { return text.str(); }
 
-ULONG CComStringStream::AddRef() { return static_cast<ULONG>(SmartPtrObj::AddRef()); }
-
 // Never deletes: see the header.
 ULONG CComStringStream::Release() { return static_cast<ULONG>(ReleaseWithoutDelete()); }
 

@@ -4,24 +4,18 @@
 
 #include <qz/sync/lock.h>
 
-class read_hold {
+// Takes the lock with `take` for one block.
+template <void (IMultiLock::*take)()>
+class multi_lock_hold {
  public:
-  explicit read_hold(IMultiLock& lock) : lock_(lock) { lock_.ReadLock(); }
-  ~read_hold() { lock_.Unlock(); }
-  read_hold(const read_hold&) = delete;
-  read_hold& operator=(const read_hold&) = delete;
+  explicit multi_lock_hold(IMultiLock& lock) : lock_(lock) { (lock_.*take)(); }
+  ~multi_lock_hold() { lock_.Unlock(); }
+  multi_lock_hold(const multi_lock_hold&) = delete;
+  multi_lock_hold& operator=(const multi_lock_hold&) = delete;
 
  private:
   IMultiLock& lock_;
 };
 
-class write_hold {
- public:
-  explicit write_hold(IMultiLock& lock) : lock_(lock) { lock_.WriteLock(); }
-  ~write_hold() { lock_.Unlock(); }
-  write_hold(const write_hold&) = delete;
-  write_hold& operator=(const write_hold&) = delete;
-
- private:
-  IMultiLock& lock_;
-};
+using read_hold = multi_lock_hold<&IMultiLock::ReadLock>;
+using write_hold = multi_lock_hold<&IMultiLock::WriteLock>;

@@ -49,10 +49,7 @@ class QZ_API CComFileStream : public CComStreamBase {
   // and a line feed. Never throws for a file that cannot be opened.
   static IStreamPtr OpenFileStream(const wchar_t* name, DWORD access, DWORD share, DWORD disposition);
 
-  ULONG STDMETHODCALLTYPE AddRef() override;
   ULONG STDMETHODCALLTYPE Release() override;
-  // SmartPtr<const CComFileStream> counts through these.
-  using SmartPtrObj::AddRef;
   using SmartPtrObj::Release;
 
   HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG size, ULONG* read) override;

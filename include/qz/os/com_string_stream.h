@@ -56,9 +56,7 @@ class QZ_API CComStringStream : public CComStreamBase {
   // The whole text, whatever the positions.
   std::string str() const;
 
-  ULONG STDMETHODCALLTYPE AddRef() override;
   ULONG STDMETHODCALLTYPE Release() override;
-  using SmartPtrObj::AddRef;
   using SmartPtrObj::Release;
 
   HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG size, ULONG* read) override;

@@ -27,6 +27,10 @@ _COM_SMARTPTR_TYPEDEF(IStream, __uuidof(IStream));
 class QZ_API CComStreamBase : public virtual SmartPtrObj, public IStream {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
+  // COM's count is the SmartPtrObj count: SmartPtr and COM references count
+  // together. SmartPtr<const ...> of a stream counts through the second form.
+  ULONG STDMETHODCALLTYPE AddRef() override;
+  using SmartPtrObj::AddRef;
   HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override;
   HRESULT STDMETHODCALLTYPE CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read,
                                    ULARGE_INTEGER* written) override;
