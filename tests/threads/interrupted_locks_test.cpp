@@ -35,6 +35,13 @@ struct Release {
 
 std::string Me(const char* hold) { return std::to_string(GetCurrentThreadId()) + ":" + hold; }
 
+// Read, then wait to upgrade (`timeout` 0: without a bound).
+void Upgrade(TMultiLock& l, DWORD timeout) {
+  l.ReadLock();
+  Release read{l};
+  timeout == 0 ? l.WriteLock() : (void)l.WriteLock(timeout);
+}
+
 struct MultiLockCase {
   const char* name;
   bool holder_writes;  // the test thread holds a write, else a read
@@ -49,18 +56,8 @@ TEST(InterruptedLocks, MultiLockWaitersLeaveNoTrace) {
       {"write behind a reader", false, [](TMultiLock& l) { l.WriteLock(); }},
       {"timed write behind a reader", false, [](TMultiLock& l) { l.WriteLock(60000); }},
       {"independent write behind a reader", false, [](TMultiLock& l) { l.WriteLockThreadIndependent(); }},
-      {"upgrade beside a reader", false,
-       [](TMultiLock& l) {
-         l.ReadLock();
-         Release read{l};
-         l.WriteLock();
-       }},
-      {"timed upgrade beside a reader", false,
-       [](TMultiLock& l) {
-         l.ReadLock();
-         Release read{l};
-         l.WriteLock(60000);
-       }},
+      {"upgrade beside a reader", false, [](TMultiLock& l) { Upgrade(l, 0); }},
+      {"timed upgrade beside a reader", false, [](TMultiLock& l) { Upgrade(l, 60000); }},
   };
   for (const MultiLockCase& c : cases) {
     SCOPED_TRACE(c.name);

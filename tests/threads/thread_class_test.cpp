@@ -4,8 +4,6 @@
 #include <qz/errors/tuning.h>
 #include <qz/logging/global_streams.h>
 #include <qz/sync/event.h>
-#include <qz/sync/multi_lock.h>
-#include <qz/sync/mutex.h>
 #include <qz/threads/thread_class.h>
 
 #include "support/captured_stream.h"
@@ -25,33 +23,12 @@ using qz_test::CapturedStream;
 using threads_test::InterruptWhileWaiting;
 using threads_test::LambdaThread;
 
-struct BlockingWait {
-  const char* name;
-  std::function<void()> wait;
-};
-
-TEST(ThreadInterruption, EndsABodyBlockedInAnyWaitWithoutTermination) {
-  TMutex mutex;
-  mutex.Lock();
-  TMultiLock multi_lock;
-  multi_lock.ReadLock();
-  TEvent never;
-  const BlockingWait waits[] = {
-      {"mutex", [&] { mutex.Lock(); }},
-      {"multi-lock write", [&] { multi_lock.WriteLock(); }},
-      {"event", [&] { never.WaitForSignal(); }},
-      {"alertable sleep", [] { TThread::Sleep(INFINITE, 1); }},
-      {"pause loop", [] { for (;;) TThread::Pause(); }},
-  };
-  for (const BlockingWait& w : waits) {
-    SCOPED_TRACE(w.name);
-    CapturedStream debug(Debug);
-    InterruptWhileWaiting(w.wait);
-    EXPECT_EQ(debug.text(), "");
-  }
-  EXPECT_EQ(multi_lock.GetStatusString(), "locked_read, " + std::to_string(GetCurrentThreadId()) + ":R");
-  multi_lock.Unlock();
-  mutex.Unlock();
+// The lock waits are in interrupted_locks_test.cpp.
+TEST(ThreadInterruption, EndsABodyInAnEndlessSleepOrPauseLoopWithoutTermination) {
+  InterruptWhileWaiting([] { TThread::Sleep(INFINITE, 1); });
+  InterruptWhileWaiting([] {
+    for (;;) TThread::Pause();
+  });
 }
 
 TEST(ThreadInterruption, BeforeTheBodyRunsMeansItNeverRuns) {
@@ -65,17 +42,9 @@ TEST(ThreadInterruption, BeforeTheBodyRunsMeansItNeverRuns) {
   EXPECT_EQ(thread.state(), 2);
 }
 
-TEST(ThreadInterruption, OfAnEndedThreadChangesNothing) {
-  LambdaThread thread([] {});
-  thread.StartThread();
-  ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
-  thread.InterruptThread(1000, 1000);
-  EXPECT_TRUE(thread.returned);
-  EXPECT_EQ(thread.state(), 0);
-}
-
 // A body that never waits alertably is beyond reach: the stop time-out
-// ends it by termination, and the object can start again.
+// ends it by termination, and the object can start again; interrupting
+// the ended thread then changes nothing.
 TEST(ThreadInterruption, TerminatesABodyThatNeverWaits) {
   std::atomic<bool> spin{true};
   LambdaThread thread([&] {
@@ -91,14 +60,15 @@ TEST(ThreadInterruption, TerminatesABodyThatNeverWaits) {
   EXPECT_EQ(thread.state(), 0);
   spin = false;
   thread.StartThread();
-  EXPECT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+  ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
+  thread.InterruptThread(1000, 1000);
   EXPECT_TRUE(thread.returned);
+  EXPECT_EQ(thread.state(), 0);
 }
 
-// Only the base's bound stands between the destructor and a body that
-// never ends, so the body touches nothing of the derived object.
-// It waits until the body runs: a body not yet called when the derived
-// object goes would be a call of a pure virtual function.
+// The body touches nothing of the derived object, and the test waits until
+// it runs: a body not yet called when the derived object goes would be a
+// call of a pure virtual function.
 std::atomic<bool> g_spin_forever{true};
 std::atomic<bool> g_spinning{false};
 

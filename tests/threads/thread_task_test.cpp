@@ -26,7 +26,6 @@ TEST(ThreadTask, EventsFollowItsLifeAndAreNeverReset) {
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
   TEvent release;
   SmartPtr<LambdaTask> task = new LambdaTask([&] { release.WaitForSignal(); });
-  EXPECT_FALSE(task->IsStarted());
   EXPECT_FALSE(task->WaitForFinish(0));
   task->Suspend();  // not running: nothing to suspend
   task->SetPriority(THREAD_PRIORITY_HIGHEST);

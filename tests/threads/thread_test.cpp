@@ -1,5 +1,4 @@
 // TThread: the owning wrapper and its operations.
-#include <qz/errors/exceptions.h>
 #include <qz/threads/thread.h>
 
 #include <gtest/gtest.h>
@@ -22,10 +21,6 @@ void Count(unsigned long long counter) { ++*reinterpret_cast<std::atomic<int>*>(
 TEST(Thread, RunsItsEntryWithTheArgumentAndOperatesOnIt) {
   HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   TThread thread(&WaitForRelease, release);
-  EXPECT_EQ(thread.SuspendThread(), 0u);
-  EXPECT_EQ(thread.SuspendThread(), 1u);
-  EXPECT_EQ(thread.ResumeThread(), 2u);
-  EXPECT_EQ(thread.ResumeThread(), 1u);
   thread.SetThreadPriority(THREAD_PRIORITY_LOWEST);
   EXPECT_EQ(GetThreadPriority(thread), THREAD_PRIORITY_LOWEST);
   thread.DisableThreadPriorityBoost(true);
@@ -49,13 +44,6 @@ TEST(Thread, QueuedCallsRunInAnAlertableSleepOnly) {
   EXPECT_EQ(calls, 0);
   TThread::Pause();
   EXPECT_EQ(calls, 1);
-}
-
-TEST(Thread, OperationsWithoutAThreadThrow) {
-  TThread none(DoNotInitialize);
-  EXPECT_THROW(none.SuspendThread(), ESystemException);
-  EXPECT_THROW(none.QueueUserAPC(&Count, 0), ESystemException);
-  EXPECT_THROW(TThread(nullptr, nullptr), ESystemException);
 }
 
 }  // namespace

@@ -2,10 +2,13 @@
 // lambdas, and an interruption checked to unwind.
 #pragma once
 
+#include <qz/logging/global_streams.h>
 #include <qz/sync/event.h>
 #include <qz/threads/thread_class.h>
 #include <qz/threads/thread_job.h>
 #include <qz/threads/thread_task.h>
+
+#include "support/captured_stream.h"
 
 #include <gtest/gtest.h>
 
@@ -52,6 +55,7 @@ struct UnwindMark {
 // Starts `wait` as a thread class's body, lets it block, interrupts it and
 // checks that it unwound by the interruption (not by termination), quietly.
 inline void InterruptWhileWaiting(const std::function<void()>& wait) {
+  qz_test::CapturedStream debug(Debug);
   std::atomic<bool> unwound{false};
   LambdaThread thread([&] {
     UnwindMark mark{unwound};
@@ -67,6 +71,7 @@ inline void InterruptWhileWaiting(const std::function<void()>& wait) {
   EXPECT_FALSE(thread.returned);
   EXPECT_EQ(thread.exceptions_reported, 0);
   EXPECT_EQ(thread.state(), 0);
+  EXPECT_EQ(debug.text(), "");
 }
 
 class LambdaJob : public IThreadJob {
