@@ -37,9 +37,8 @@ void RemoveTestPrinter() {
   DeletePrinterDriverW(nullptr, nullptr, kDriver);
 }
 
-// The spooler offers nothing on a fresh machine: every test works on a
-// printer of its own on the FILE: port, made from the system's PostScript
-// driver.
+// A fresh machine has no printers: the suite adds its own on the FILE: port
+// with the system's PostScript driver.
 class Printers : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -79,7 +78,6 @@ TEST_F(Printers, OpeningAMissingPrinterNamesWhatWasAsked) {
   }
   TPrinter narrow(DoNotInitialize);
   EXPECT_THROW(narrow.OpenPrinterW("qz no such printer", PRINTER_ACCESS_USE), ESystemException);
-  EXPECT_FALSE(narrow.IsValidHandle());
   narrow.OpenPrinterW("qz test printer", PRINTER_ACCESS_USE);
   EXPECT_TRUE(narrow.IsValidHandle());
   narrow.OpenPrinterW(kPrinter, PRINTER_ACCESS_USE);  // the first handle is closed
@@ -94,9 +92,6 @@ void ExpectDoneOrInvalidLevel(const std::function<void()>& call) {
 }
 
 TEST_F(Printers, ReadsAndChangesItsInformationAtTheLevelOfTheStructure) {
-  AutoPtr<_PRINTER_INFO_1W> one;
-  printer.GetPrinterInfo(one);
-  EXPECT_NE(std::wstring(one->pName).find(kPrinter), std::wstring::npos);
   AutoPtr<_PRINTER_INFO_4W> four;
   printer.GetPrinterInfo(four);
   EXPECT_EQ(std::wstring(four->pPrinterName), kPrinter);
@@ -139,8 +134,6 @@ TEST_F(Printers, PrinterDataOfTheSupportedKindsReadsBack) {
     EXPECT_EQ(read.type(), c.read.type()) << c.name;
     EXPECT_TRUE(read == c.read) << c.name;
   }
-  printer.SetPrinterDataW("narrow name", _value_t(7));
-  EXPECT_EQ(static_cast<unsigned long>(printer.GetPrinterDataW("narrow name")), 7ul);
   printer.SetPrinterDataW("narrow name", _value_t("text"));
   EXPECT_EQ(static_cast<std::string>(printer.GetPrinterDataW("narrow name")), "text");
   EXPECT_TRUE(printer.GetPrinterDataW(L"narrow name").type() == typeid(std::wstring));
@@ -187,16 +180,11 @@ TEST_F(Printers, EnumeratesPrintersAndPorts) {
   bool found = false;
   for (DWORD i = 0; i < count; ++i) found |= std::wstring(printers[i].pPrinterName) == kPrinter;
   EXPECT_TRUE(found);
-  AutoPtr<_PRINTER_INFO_1A> narrow;
-  EXPECT_EQ(TPrinter::EnumPrintersW(narrow, PRINTER_ENUM_LOCAL, nullptr), count);
-
   AutoPtr<_PORT_INFO_1W> ports;
   const DWORD port_count = TPrinter::EnumPortsW(ports, nullptr);
   bool file_port = false;
   for (DWORD i = 0; i < port_count; ++i) file_port |= std::wstring(ports[i].pName) == kPort;
   EXPECT_TRUE(file_port);
-  AutoPtr<_PORT_INFO_2A> ports_two;
-  EXPECT_EQ(TPrinter::EnumPortsW(ports_two, static_cast<const char*>(nullptr)), port_count);
   // The enumerations may run on several threads at once.
   std::vector<std::thread> threads;
   std::atomic<int> agreed{0};
