@@ -8,6 +8,7 @@
 namespace {
 
 using qz_test::CodeOf;
+using qz_test::CodeThrownBy;
 using qz_test::IsSignaled;
 using qz_test::RawEvent;
 
@@ -77,12 +78,7 @@ TEST(THandle, FailedCloseDuplicateOrWaitThrows) {
   EXPECT_EQ(static_cast<void*>(null_handle), INVALID_HANDLE_VALUE);
   const HANDLE bogus = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x7ffffff0));  // never handed out
   EXPECT_THROW(THandle{bogus}, ESystemException);  // duplicating it
-  try {
-    THandle(nullptr).WaitForSingleObject(0, FALSE);
-    FAIL() << "waiting on the null handle succeeded";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_INVALID_HANDLE);
-  }
+  EXPECT_EQ(CodeThrownBy([] { THandle(nullptr).WaitForSingleObject(0, FALSE); }), ERROR_INVALID_HANDLE);
 }
 
 TEST(THandle, WaitReportsTimeOutAndSignal) {

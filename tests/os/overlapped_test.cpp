@@ -12,7 +12,7 @@
 
 namespace {
 
-using qz_test::CodeOf;
+using qz_test::CodeThrownBy;
 using qz_test::TempPath;
 using qz_test::UniqueName;
 
@@ -68,27 +68,14 @@ TEST(TOverlapped, CancelledReadOrFailingStartThrowsTheSystemError) {
   pipe.server.CancelIo();
   ASSERT_EQ(WaitForSingleObject(done.h, 10000), static_cast<DWORD>(WAIT_OBJECT_0));
   DWORD transferred = 0;
-  try {
-    pipe.server.GetOverlappedResult(transferred, false);
-    FAIL() << "a cancelled read completed";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_OPERATION_ABORTED);
-  }
+  EXPECT_EQ(CodeThrownBy([&] { pipe.server.GetOverlappedResult(transferred, false); }), ERROR_OPERATION_ABORTED);
   TOverlapped<TFile> closed;
-  try {
-    closed.ReadFile(buffer, 1);
-    FAIL() << "read from no file";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_INVALID_HANDLE);
-  }
+  EXPECT_EQ(CodeThrownBy([&] { closed.ReadFile(buffer, 1); }), ERROR_INVALID_HANDLE);
 }
 
 TEST(TOverlapped, ReadsAFileAtTheGivenOffset) {
   TempPath path;
-  {
-    TFile writer(path.wide(), GENERIC_WRITE, 0, CREATE_ALWAYS);
-    writer.WriteFile("0123456789", 10);
-  }
+  path.Put("0123456789");
   TOverlapped<TFile> file;
   file.AttachHandle(CreateFileW(path.wide(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                 FILE_FLAG_OVERLAPPED, nullptr));

@@ -7,6 +7,7 @@
 namespace {
 
 using qz_test::CodeOf;
+using qz_test::CodeThrownBy;
 
 DWORD ExitCodeOf(const TProcess& process) {
   EXPECT_EQ(process.WaitForSingleObject(60000, TRUE), static_cast<DWORD>(WAIT_OBJECT_0));
@@ -28,12 +29,7 @@ TEST(TProcess, ChildRunsOrIsTerminatedWithTheGivenCode) {
 
 TEST(TProcess, MissingProgramThrowsTheSystemError) {
   TProcess child;
-  try {
-    child.CreateProcessW(L"qz-no-such-program.exe", 0);
-    FAIL() << "started a missing program";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
-  }
+  EXPECT_EQ(CodeThrownBy([&] { child.CreateProcessW(L"qz-no-such-program.exe", 0); }), ERROR_FILE_NOT_FOUND);
   child.AttachHandle(nullptr);  // (-1 would be this very process)
   EXPECT_THROW(child.TerminateProcess(1), ESystemException);
 }
