@@ -173,10 +173,8 @@ TEST(CComStringStream, SeeksBothPositionsOrNeither) {
 }
 
 TEST(CComStringStream, OpensWithACopyOfTheText) {
-  std::stringstream source;
-  source << "<doc/>";
+  std::stringstream source("<doc/>");
   IStreamPtr stream = CComStringStream::OpenStringStream(source);
-  ASSERT_TRUE(stream);
   source << "changed";
   EXPECT_EQ(StatSize(stream), 0u);  // both positions at the start
   EXPECT_EQ(ReadFrom(stream, 64), std::make_pair(S_FALSE, std::string("<doc/>")));
