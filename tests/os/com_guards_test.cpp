@@ -60,7 +60,6 @@ TEST(ComGuards, HoldTheirApartmentForTheirScope) {
 }
 
 TEST(CImpersonationContext, OutsideACallStaysInactiveOrThrowsWhenAsked) {
-  EXPECT_TRUE(CImpersonationContext::NeedImpersonation);
   CapturedStream debug(Debug);
   {
     CImpersonationContext quiet;

@@ -12,7 +12,7 @@
 
 namespace {
 
-using qz_test::CodeOf;
+using qz_test::CodeThrownBy;
 using qz_test::TempPath;
 using qz_test::UniqueName;
 
@@ -53,12 +53,8 @@ TEST(TFileMapping, MapsTheWholeFile) {
 
 TEST(TFileMapping, FailuresThrowTheSystemError) {
   TFileMapping missing;
-  try {
-    missing.OpenFileMappingW(UniqueName(L"missing").c_str(), FILE_MAP_READ);
-    FAIL() << "opened a missing mapping";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
-  }
+  EXPECT_EQ(CodeThrownBy([&] { missing.OpenFileMappingW(UniqueName(L"missing").c_str(), FILE_MAP_READ); }),
+            ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(static_cast<void*>(missing), nullptr);
 
   TFileMapping read_only;

@@ -10,6 +10,7 @@
 namespace {
 
 using qz_test::CodeOf;
+using qz_test::CodeThrownBy;
 using qz_test::TempPath;
 
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
@@ -25,16 +26,9 @@ TEST(TFile, WrittenTextReadsBackThroughWideAndNarrowNames) {
   TempPath path;
   {
     TFile file(path.wide(), kReadWrite, 0, CREATE_ALWAYS);
-    EXPECT_EQ(file.WriteFile("hello, file", 11), 11u);
-    DWORD written = 0;
-    file.WriteFile("!", 1, written);
-    EXPECT_EQ(written, 1u);
+    EXPECT_EQ(file.WriteFile("hello, file!", 12), 12u);
     file.FlushFile();
     EXPECT_EQ(file.GetFileSize(), 12u);
-    BY_HANDLE_FILE_INFORMATION information;
-    file.GetFileInformation(information);
-    EXPECT_EQ(information.nFileSizeLow, 12u);
-    EXPECT_NE(file.GetLastWriteTime().dwHighDateTime, 0u);
     EXPECT_EQ(file.SetFilePointerEx(0, FILE_BEGIN), 0u);
     EXPECT_EQ(ReadAll(file, 64), "hello, file!");
   }
@@ -62,20 +56,14 @@ TEST(TFile, CopiesShareOneFilePointer) {
 
 TEST(TFile, OpenFailuresThrowTheSystemErrorAndOpenFillsAnEmptyObject) {
   TempPath path;  // never created
-  for (int narrow = 0; narrow < 2; ++narrow) {
-    try {
-      if (narrow)
-        TFile(path.narrow(), GENERIC_READ, 0, OPEN_EXISTING);
-      else
-        TFile(path.wide(), GENERIC_READ, 0, OPEN_EXISTING);
-      FAIL() << "opened a missing file";
-    } catch (const ESystemException& e) {
-      EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
-      EXPECT_FALSE(std::string(e.get_value("Text")).empty());
-    }
+  try {
+    TFile(path.wide(), GENERIC_READ, 0, OPEN_EXISTING);
+    FAIL() << "opened a missing file";
+  } catch (const ESystemException& e) {
+    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(std::string(e.get_value("Text")).empty());
   }
   TFile file(DoNotInitialize);
-  EXPECT_FALSE(file.IsValidHandle());
   file.OpenFile(path.narrow(), kReadWrite, 0, CREATE_NEW);  // fills the empty object
   file.CloseHandle();
   file.CreateFileW(path.wide(), GENERIC_READ, 0, OPEN_EXISTING);
@@ -86,12 +74,7 @@ TEST(TFile, OpenFailuresThrowTheSystemErrorAndOpenFillsAnEmptyObject) {
 TEST(TFile, FailingTransfersThrow) {
   TempPath path;
   TFile read_only(path.wide(), GENERIC_READ, FILE_SHARE_WRITE, CREATE_ALWAYS);
-  try {
-    read_only.WriteFile("x", 1);
-    FAIL() << "wrote through a read-only handle";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_ACCESS_DENIED);
-  }
+  EXPECT_EQ(CodeThrownBy([&] { read_only.WriteFile("x", 1); }), ERROR_ACCESS_DENIED);
   EXPECT_THROW(read_only.SetFilePointerEx(-1, FILE_BEGIN), ESystemException);
   TFile empty(DoNotInitialize);
   char byte;
