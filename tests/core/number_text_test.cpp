@@ -4,12 +4,10 @@
 
 #include <climits>
 
-TEST(NumberText, MostNegative64BitValueInRadix2FillsTheBuffer) {
+TEST(NumberText, NumberToTextFillsTheBufferAndSignsOnlyRadix10) {
   EXPECT_EQ(i64toa(LLONG_MIN, 2), "1" + std::string(63, '0'));
   EXPECT_EQ(i64tow(LLONG_MIN, 2), L"1" + std::wstring(63, L'0'));
-}
-
-TEST(NumberText, NegativeValuesHaveASignOnlyInRadix10) {
+  // Negative values have a sign only in radix 10.
   EXPECT_EQ(itoa(-42, 10), "-42");
   EXPECT_EQ(itoa(-1, 16), "ffffffff");
   EXPECT_EQ(ltoa(LONG_MIN, 10), "-2147483648");

@@ -27,30 +27,31 @@ std::wstring text_of(const _bstr_t& text) {
 
 }  // namespace
 
-TEST(DivideString, LeadingRepeatedAndTrailingDelimitersGiveNoEmptyWords) {
-  EXPECT_EQ(split("a,,b,", ","), (Words{"a", "b"}));
-  EXPECT_EQ(split(",a, b", ", "), (Words{"a", "b"}));
-  EXPECT_EQ(split(",,,", ","), Words{});
-  EXPECT_EQ(split("", ","), Words{});
-}
-
-
-TEST(DivideString, QuotesGroupDelimitersAndAreRemoved) {
-  EXPECT_EQ(split("x,\"y,z\"", ","), (Words{"x", "y,z"}));
-  EXPECT_EQ(split("a\"b c\"d e", " "), (Words{"ab cd", "e"}));
-  EXPECT_EQ(split("a,\"\",b", ","), (Words{"a", "b"}));  // an empty pair gives no word
-  EXPECT_EQ(split("a,\"\"", ","), Words{"a"});
-  EXPECT_EQ(split("a,\"b,c", ","), (Words{"a", "b,c"}));  // unterminated runs to the end
-}
-
-TEST(DivideString, QuoteInTheDelimiterSetEndsAWordAndOpensQuotingAtItsStart) {
-  EXPECT_EQ(split("ab\"cd", ",\""), (Words{"ab", "cd"}));
-  EXPECT_EQ(split("\"x,y\",z", ",\""), (Words{"x,y", "z"}));
-}
-
-TEST(DivideString, NullCharacterIsADelimiterOfEverySet) {
-  EXPECT_EQ(split(std::string("a\0b", 3), ","), (Words{"a", "b"}));
-  EXPECT_EQ(split(std::string("a\0b", 3), ""), (Words{"a", "b"}));
+// Delimiter runs give no empty words; quotes group delimiters and are removed
+// (an empty pair gives no word, an unterminated one runs to the end); a quote
+// in the delimiter set ends a word and opens quoting at its start; the null
+// character is a delimiter of every set.
+TEST(DivideString, SplitsAtDelimitersOutsideQuotes) {
+  const struct {
+    std::string text;
+    const char* delimiters;
+    Words words;
+  } kCases[] = {
+      {"a,,b,", ",", {"a", "b"}},
+      {",a, b", ", ", {"a", "b"}},
+      {",,,", ",", {}},
+      {"", ",", {}},
+      {"x,\"y,z\"", ",", {"x", "y,z"}},
+      {"a\"b c\"d e", " ", {"ab cd", "e"}},
+      {"a,\"\",b", ",", {"a", "b"}},
+      {"a,\"\"", ",", {"a"}},
+      {"a,\"b,c", ",", {"a", "b,c"}},
+      {"ab\"cd", ",\"", {"ab", "cd"}},
+      {"\"x,y\",z", ",\"", {"x,y", "z"}},
+      {std::string("a\0b", 3), ",", {"a", "b"}},
+      {std::string("a\0b", 3), "", {"a", "b"}},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(split(c.text, c.delimiters), c.words) << c.text << " / " << c.delimiters;
 }
 
 TEST(DivideString, SetReceivesOnlyTheNewWordsSortedWithoutDuplicates) {
@@ -61,7 +62,6 @@ TEST(DivideString, SetReceivesOnlyTheNewWordsSortedWithoutDuplicates) {
   divide_string("", list_words, ",");
   EXPECT_TRUE(list_words.empty());
 }
-
 
 TEST(DivideString, WideTextSplitsAlike) {
   std::vector<std::wstring> words;
@@ -103,13 +103,11 @@ TEST(ReadWord, BstrOverloadReadsFromAWideStream) {
   EXPECT_EQ(text_of(word), L"c");
 }
 
-TEST(ConsolidateString, OnlyTheFirstSeparatorIsWrittenButAllCauseQuoting) {
+// Only the first separator is written, but all of them cause quoting; an
+// empty set joins with null characters.
+TEST(ConsolidateString, JoinsWithTheFirstSeparatorAndQuotesWordsHoldingAny) {
   EXPECT_EQ(join(Words{"a", "b,c", "d"}, ","), "a,\"b,c\",d");
   EXPECT_EQ(join(Words{"a", "b c", "d,e"}, ", "), "a,\"b c\",\"d,e\"");
-}
-
-
-TEST(ConsolidateString, EmptySeparatorSetJoinsWithNullCharactersAndNoWordsGiveEmptyText) {
   EXPECT_EQ(join(Words{"a", "b"}, ""), std::string("a\0b", 3));
   EXPECT_EQ(join(Words{}, ","), "");
   EXPECT_EQ(join(std::set<std::string>{"b", "a"}, ","), "a,b");

@@ -42,31 +42,23 @@ TEST(FileWriter, AppendsTheBytesAsWrittenAndLeavesTheFileFreeBetweenWrites) {
   EXPECT_EQ(path.Contents(), "old\nnew\n");
 }
 
-TEST(PermanentFileWriter, ExpandsEveryLineFeedToCarriageReturnLineFeedEvenInLongTexts) {
+// Appends to what is there, can be read while open, and expands every line
+// feed to carriage return line feed, even in long texts.
+TEST(PermanentFileWriter, AppendsExpandingLineFeedsAndCanBeReadWhileOpen) {
   TempPath path;
+  path.Put("old\n");
   std::string text, expected;
   for (int i = 0; i < 1000; ++i) {
     text += "line " + std::to_string(i) + "\n";
     expected += "line " + std::to_string(i) + "\r\n";
   }
-  {
-    TPermanentFileWriter writer(path.narrow());
-    writer.StreamWriteString("a\r\nb\n", 5);
-    writer.StreamWriteString("\n\nc", 3);
-    writer.StreamWriteString(text.data(), text.size());
-  }
-  EXPECT_EQ(path.Contents(), "a\r\r\nb\r\n\r\n\r\nc" + expected);
-}
-
-TEST(PermanentFileWriter, AppendsToExistingContentAndCanBeReadWhileOpen) {
-  TempPath path;
-  path.Put("old\n");
   TPermanentFileWriter writer(path.wide());
-  writer.StreamWriteString("new\n", 4);
-  EXPECT_EQ(path.Contents(), "old\nnew\r\n");
+  writer.StreamWriteString("a\r\nb\n", 5);
+  EXPECT_EQ(path.Contents(), "old\na\r\r\nb\r\n");
   TPermanentFileWriter copy(writer);
-  copy.StreamWriteString("copy", 4);
-  EXPECT_EQ(path.Contents(), "old\nnew\r\ncopy");
+  copy.StreamWriteString("\n\nc", 3);
+  copy.StreamWriteString(text.data(), text.size());
+  EXPECT_EQ(path.Contents(), "old\na\r\r\nb\r\n\r\n\r\nc" + expected);
 }
 
 TEST(FileWriters, UnopenableFileAcceptsWritesAndDoesNothing) {

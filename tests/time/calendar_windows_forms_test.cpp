@@ -63,10 +63,10 @@ TEST(TimeWindowsForms, FileTimeRoundTripsAsUtc) {
 
 TEST(TimeWindowsForms, AutomationDateZeroAndInvalidMapOntoEachOther) {
   EXPECT_EQ(_time_t::invalid.varianttime(), 0.0);
-  EXPECT_EQ(_time_t::mktime(0.0, true), _time_t::invalid);
-  EXPECT_EQ(_time_t::mktime(0.0, false), _time_t::invalid);
-  EXPECT_EQ(_time_t(_variant_t(0.0, VT_DATE), true), _time_t::invalid);
-  EXPECT_EQ(_time_t(_variant_t(0.0, VT_DATE), false), _time_t::invalid);
+  for (bool utc : {true, false}) {
+    EXPECT_EQ(_time_t::mktime(0.0, utc), _time_t::invalid);
+    EXPECT_EQ(_time_t(_variant_t(0.0, VT_DATE), utc), _time_t::invalid);
+  }
 }
 
 TEST(TimeWindowsForms, AutomationDatesConvertBothWaysWithinTheSystemRange) {

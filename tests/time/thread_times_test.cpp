@@ -48,13 +48,4 @@ TEST(ThreadTimes, TotalIsKernelPlusUser) {
   EXPECT_GT(parts[1], 0);
 }
 
-TEST(ThreadTimes, RestartTakesANewReading) {
-  _thread_user_times_t user(DoNotInitialize);
-  user.restart();
-  const _thread_user_times_t before = user;
-  ASSERT_TRUE(SpinUntil(user, 0.02));
-  user.restart();
-  EXPECT_GT(static_cast<__int64>(user), static_cast<__int64>(before));
-}
-
 }  // namespace
