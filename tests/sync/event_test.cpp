@@ -19,13 +19,9 @@ TEST(TEvent, DefaultIsManualResetAndNotSignalled) {
   event.Set();
   EXPECT_TRUE(event.Signaled(0));
   EXPECT_TRUE(event.Signaled(0));  // stays set
-  event.ResetEvent();
-  EXPECT_FALSE(event.Signaled(0));
-  event.SetEvent();
   event.Reset();
   EXPECT_FALSE(event.Signaled(0));
   event.Pulse();  // without waiters: leaves it reset
-  event.PulseEvent();
   EXPECT_FALSE(event.Signaled(0));
 }
 

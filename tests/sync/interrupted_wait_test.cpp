@@ -64,36 +64,30 @@ void ExpectUntimedWaitGoesOn(const WaitCase& c) {
   EXPECT_EQ(w.worker.error(), "");
 }
 
-TEST(AlertableWait, ProcedureCallEndsATimedWaitWithFalse) {
+TEST(AlertableWait, ProcedureCallEndsATimedWaitWithFalseAndAnUntimedOneGoesOn) {
   TMutex mutex;
   mutex.Lock();
   TSemaphore semaphore(1, 0);
   TEvent event;
-  SCOPED_TRACE("mutex");
-  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return mutex.Lock(ms); }, {}, {}});
-  SCOPED_TRACE("semaphore");
-  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return semaphore.Lock(ms); }, {}, {}});
-  SCOPED_TRACE("event");
-  ExpectTimedWaitEndsUntaken({[&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, {}, {}});
-  mutex.Unlock();
-}
-
-TEST(AlertableWait, UntimedWaitGoesOnAfterAProcedureCall) {
-  TMutex mutex;
-  mutex.Lock();
-  TSemaphore semaphore(1, 0);
-  TEvent event;
-  SCOPED_TRACE("mutex");
-  ExpectUntimedWaitGoesOn({{},
-                           [&] {
-                             mutex.Lock();
-                             mutex.Unlock();
-                           },
-                           [&] { mutex.Unlock(); }});
-  SCOPED_TRACE("semaphore");
-  ExpectUntimedWaitGoesOn({{}, [&] { semaphore.Lock(); }, [&] { semaphore.Unlock(); }});
-  SCOPED_TRACE("event");
-  ExpectUntimedWaitGoesOn({{}, [&] { event.WaitForSignal(); }, [&] { event.Set(); }});
+  const std::pair<const char*, WaitCase> cases[] = {
+      {"mutex",
+       {[&](unsigned int ms) { return mutex.Lock(ms); },
+        [&] {
+          mutex.Lock();
+          mutex.Unlock();
+        },
+        [&] { mutex.Unlock(); }}},
+      {"semaphore",
+       {[&](unsigned int ms) { return semaphore.Lock(ms); }, [&] { semaphore.Lock(); }, [&] { semaphore.Unlock(); }}},
+      {"event",
+       {[&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, [&] { event.WaitForSignal(); },
+        [&] { event.Set(); }}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.first);
+    ExpectTimedWaitEndsUntaken(c.second);
+    ExpectUntimedWaitGoesOn(c.second);
+  }
 }
 
 }  // namespace

@@ -59,28 +59,13 @@ TEST(TMultiLockIndependent, WaitingIndependentWriterEntersWhenReadersLeave) {
 
 TEST(TMultiLockIndependent, ReaderBesideAnIndependentReadCannotUpgradeAtOnce) {
   ProbedLock lock;
-  lock.ReadLock();
-  lock.ReadLockThreadIndependent();
+  Do(lock, "ri");
   EXPECT_FALSE(lock.WriteLock(0));
   Actor releaser;
   ASSERT_TRUE(releaser.Run([&] { lock.UnlockThreadIndependent(); }));
   EXPECT_TRUE(lock.WriteLock(0));
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(Me()) + "," + Write(Me()));
-  lock.Unlock();
-  lock.Unlock();
-}
-
-TEST(TMultiLockIndependent, ReleaseTakesTheMostRecentIndependentHold) {
-  TMultiLock lock;
-  lock.ReadLockThreadIndependent();
-  lock.ReadLock();
-  lock.ReadLockThreadIndependent();
-  lock.UnlockThreadIndependent();
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, 0:R," + Read(Me()));
-  lock.UnlockThreadIndependent();
-  lock.UnlockThreadIndependent();  // none left: ignored
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(Me()));
-  lock.Unlock();
+  Do(lock, "uu");
 }
 
 }  // namespace

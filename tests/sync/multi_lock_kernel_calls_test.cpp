@@ -53,10 +53,7 @@ TEST(TMultiLockKernelCalls, WaitersAreCountedOffAndUncontendedHoldsLeaveTheEvent
   // An event nobody waits on stays as it was, whatever the holds do.
   const HANDLE free_event = lock.event_for(kFree);
   ResetEvent(free_event);
-  lock.ReadLock();
-  lock.Unlock();
-  lock.WriteLock();
-  lock.Unlock();
+  Do(lock, "ruwu");
   EXPECT_FALSE(IsSet(free_event)) << "a release set the free event with nobody waiting";
   SetEvent(free_event);
   lock.WriteLock();

@@ -33,7 +33,7 @@ using multi_lock_test::Read;
 using multi_lock_test::Write;
 
 constexpr int kWorkers = 6;
-constexpr DWORD kRunMs = 3000;
+constexpr DWORD kRunMs = 2000;
 // How far past its time-out a timed operation may return: a time-out bounds
 // each single wait, and a thread that was woken but lost the race waits
 // again; on top come the inner lock's back-off and a busy machine.

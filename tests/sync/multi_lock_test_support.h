@@ -7,6 +7,8 @@
 
 #include "support/test_threads.h"
 
+#include <gtest/gtest.h>
+
 #include <windows.h>
 
 #include <string>
@@ -59,5 +61,33 @@ class ReleaseOnExit {
 inline std::string Read(DWORD id) { return std::to_string(id) + ":R"; }
 inline std::string Write(DWORD id) { return std::to_string(id) + ":W"; }
 inline DWORD Me() { return GetCurrentThreadId(); }
+
+// `pattern` with each "me:" made the calling thread's owner prefix.
+inline std::string Mine(std::string pattern) {
+  const std::string me = std::to_string(Me()) + ":";
+  for (size_t at; (at = pattern.find("me:")) != std::string::npos;) pattern.replace(at, 3, me);
+  return pattern;
+}
+
+// Runs `ops` on the calling thread: r, w, l take a read, write or Lock hold,
+// R, W, L the same without waiting (they must be granted), u releases one;
+// i, j take an independent read or write, x releases one.
+inline void Do(TMultiLock& lock, const std::string& ops) {
+  for (const char op : ops) {
+    switch (op) {
+      case 'r': lock.ReadLock(); break;
+      case 'w': lock.WriteLock(); break;
+      case 'l': lock.Lock(); break;
+      case 'R': EXPECT_TRUE(lock.ReadLock(0)) << ops; break;
+      case 'W': EXPECT_TRUE(lock.WriteLock(0)) << ops; break;
+      case 'L': EXPECT_TRUE(lock.Lock(0)) << ops; break;
+      case 'u': lock.Unlock(); break;
+      case 'i': lock.ReadLockThreadIndependent(); break;
+      case 'j': lock.WriteLockThreadIndependent(); break;
+      case 'x': lock.UnlockThreadIndependent(); break;
+      default: ADD_FAILURE() << "unknown step " << op;
+    }
+  }
+}
 
 }  // namespace multi_lock_test

@@ -10,57 +10,39 @@ namespace {
 
 using namespace multi_lock_test;
 
-TEST(TMultiLock, FirstHoldSetsTheStateAndItsReleaseFreesIt) {
+// One thread's holds, each row's steps (see Do) followed by the status they
+// leave: nested holds of every kind, releases most recent first, an upgrade
+// of the only reader, and independent holds released most recent first.
+TEST(TMultiLock, HoldsOfOneThreadStackAndReleaseMostRecentFirst) {
+  struct Row {
+    const char* ops;
+    const char* status;
+  };
+  const Row rows[] = {
+      {"r", "locked_read, me:R"},
+      {"u", "not_locked"},
+      {"WlL", "locked_write, me:W,me:W,me:W"},  // Lock is a write lock
+      {"uuu", "not_locked"},
+      {"wrWR", "locked_write, me:W,me:R,me:W,me:R"},
+      {"u", "locked_write, me:W,me:R,me:W"},
+      {"uu", "locked_write, me:W"},
+      {"u", "not_locked"},
+      {"rrW", "locked_write, me:R,me:R,me:W"},  // the only reader upgrades at once
+      {"ruu", "locked_read, me:R,me:R"},        // releasing the write leaves it read
+      {"uu", "not_locked"},
+      {"irix", "locked_read, 0:R,me:R"},
+      {"xx", "locked_read, me:R"},  // no independent hold left: ignored
+      {"uu", "not_locked"},         // holds nothing: ignored
+  };
   TMultiLock lock;
-  lock.ReadLock();
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(Me()));
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
-  EXPECT_TRUE(lock.WriteLock(0));
-  lock.Lock();  // Lock is a write lock
-  EXPECT_TRUE(lock.Lock(0));
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()) + "," + Write(Me()) + "," + Write(Me()));
-  for (int i = 0; i < 3; ++i) lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
-}
-
-TEST(TMultiLock, WriterTakesReadsAndWritesAgainAndReleasesEachMostRecentFirst) {
-  TMultiLock lock;
-  lock.WriteLock();
-  lock.ReadLock();
-  EXPECT_TRUE(lock.WriteLock(0));
-  EXPECT_TRUE(lock.ReadLock(0));
-  const std::string w = Write(Me()), r = Read(Me());
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + w + "," + r + "," + w + "," + r);
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + w + "," + r + "," + w);
-  lock.Unlock();
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + w);
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
-}
-
-TEST(TMultiLock, OnlyReaderUpgradesAtOnceAndReleasingTheWriteLeavesItRead) {
-  TMultiLock lock;
-  lock.ReadLock();
-  lock.ReadLock();
-  EXPECT_TRUE(lock.WriteLock(0));
-  const std::string r = Read(Me());
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + r + "," + r + "," + Write(Me()));
-  lock.ReadLock();  // inside the write
-  lock.Unlock();
-  lock.Unlock();  // the write: only reads remain
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + r + "," + r);
-  lock.Unlock();
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+  for (const Row& row : rows) {
+    Do(lock, row.ops);
+    EXPECT_EQ(lock.GetStatusString(), Mine(row.status)) << "after " << row.ops;
+  }
 }
 
 TEST(TMultiLock, UnlockReleasesOnlyTheCallersOwnHold) {
   TMultiLock lock;
-  lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
   Actor other;
   ASSERT_TRUE(other.Run([&] { lock.ReadLock(); }));
   lock.Unlock();  // holds nothing: changes nothing
@@ -79,8 +61,7 @@ TEST(TMultiLock, UnlockReleasesOnlyTheCallersOwnHold) {
 
 TEST(TMultiLock, ThirdHoldMovesTheOwnersToTheHeapAndEachFurtherOneGrowsItByOne) {
   ProbedLock lock;
-  lock.ReadLock();
-  lock.ReadLock();
+  Do(lock, "rr");
   EXPECT_TRUE(lock.is_inline());
   EXPECT_EQ(lock.room(), 2);
   lock.ReadLock();
@@ -98,12 +79,7 @@ TEST(TMultiLock, ThirdHoldMovesTheOwnersToTheHeapAndEachFurtherOneGrowsItByOne) 
 TEST(TMultiLock, TimedLocksRefusedAtOnceAndUseWithoutAnyWaitMakeNoEvent) {
   ProbedLock lock;
   EXPECT_EQ(lock.signalled(), 2u);  // free
-  lock.ReadLock();
-  lock.ReadLock();
-  lock.WriteLock();
-  lock.Unlock();
-  lock.Unlock();
-  lock.Unlock();
+  Do(lock, "rrwuuu");
   Actor other;
   ASSERT_TRUE(other.Run([&] { lock.WriteLock(); }));
   EXPECT_FALSE(lock.ReadLock(0));  // refused without waiting

@@ -51,20 +51,6 @@ TEST(TMultiLockWaking, UpgraderEntersWhenTheOtherReadersLeave) {
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
 }
 
-TEST(TMultiLockWaking, WaitingReaderEntersWhenTheWriterLeaves) {
-  ProbedLock lock;
-  Actor reader;
-  ReleaseOnExit cleanup(lock);
-  lock.WriteLock();
-  reader.Start([&] { lock.ReadLock(); });
-  ASSERT_TRUE(Eventually([&] { return lock.has_event(kReadOpen); }));
-  EXPECT_FALSE(reader.Finished(50));
-  lock.Unlock();
-  ASSERT_TRUE(reader.Finished());
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(reader.id()));
-  ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
-}
-
 TEST(TMultiLockWaking, WaitingWritersEnterOneAfterTheOther) {
   ProbedLock lock;
   Actor first, second;
@@ -115,11 +101,7 @@ TEST(TMultiLockWaking, WaitingReadersEnterTogetherWhenAWriteOverReadsEnds) {
 // a later reader blocked by a writer still waits, and gives up in time.
 TEST(TMultiLockWaking, ReaderBlockedByAWriterWaitsEvenAfterAnEarlierWriteEndedOverReads) {
   ProbedLock lock;
-  lock.ReadLock();
-  lock.WriteLock();
-  lock.Unlock();
-  lock.Unlock();
-  lock.WriteLock();
+  Do(lock, "rwuuw");
   Actor reader;
   ReleaseOnExit cleanup(lock);
   bool taken = true;
@@ -135,7 +117,8 @@ TEST(TMultiLockWaking, ReaderBlockedByAWriterWaitsEvenAfterAnEarlierWriteEndedOv
 }
 
 // Unlike a timed mutex wait, a multi-lock wait is not ended by a procedure
-// call: the call runs and the wait goes on, timed or not.
+// call: the call runs and the wait goes on, timed or not, until the writer
+// leaves and the reader enters.
 TEST(TMultiLockWaking, ProcedureCallRunsDuringTheWaitAndTheWaitGoesOn) {
   for (const unsigned int timeout : {INFINITE, 60000u}) {
     ProbedLock lock;
@@ -191,8 +174,7 @@ TEST(TMultiLockWaking, InterruptedUpgraderNoLongerCountsAsWaiting) {
   EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(upgrader.id()) + "," + Read(Me()));
   ASSERT_TRUE(upgrader.Run([&] { lock.Unlock(); }));
   EXPECT_TRUE(lock.WriteLock(0));  // the only reader now
-  lock.Unlock();
-  lock.Unlock();
+  Do(lock, "uu");
 }
 
 }  // namespace

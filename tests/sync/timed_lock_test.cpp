@@ -38,15 +38,6 @@ class RecordingLock : public IMultiLockEx {
   }
 };
 
-TEST(TTimedLock, NeverLockedIsNeverBusy) {
-  TCriticalSection section;
-  TTimedLock lock(section);
-  Sleep(20);
-  EXPECT_FALSE(lock.IsLocked());
-  EXPECT_EQ(lock.get_busy(), 0.0);
-  EXPECT_GE(lock.get_elapsed(), 0.015);
-}
-
 TEST(TTimedLock, HeldFromConstructionIsNearlyAlwaysBusy) {
   TCriticalSection section;
   TTimedLock lock(section);
