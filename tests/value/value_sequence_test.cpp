@@ -29,10 +29,7 @@ TEST(ValueSequence, ContainerCopiesIntoEachSequenceType) {
   EXPECT_EQ(list, (std::list<int>{3, 1, 3, 2}));
   EXPECT_EQ(set, (std::set<int>{1, 2, 3}));
   EXPECT_EQ(count_of(numbers), 4u);  // binds a const std::vector<int>&
-}
-
-TEST(ValueSequence, AssignmentToAnExistingSequenceReplacesIt) {
-  std::vector<std::string> words{"old"};
+  std::vector<std::string> words{"old"};  // assignment replaces an existing sequence
   words = _value_t(std::vector<std::string>{"a", "b"});
   EXPECT_EQ(words, (std::vector<std::string>{"a", "b"}));
 }
@@ -49,13 +46,6 @@ TEST(ValueSequence, ElementsConvertAsTheStrictReadersDo) {
   EXPECT_EQ(bits, (std::list<bool>{true, false}));
 }
 
-TEST(ValueSequence, UnreadableElementKindThrowsBadCast) {
-  const _value_t words = std::vector<std::string>{"1"};
-  EXPECT_THROW(read<std::vector<int>>(words), EBadCastException);
-  const _value_t numbers = std::vector<int>{1};
-  EXPECT_THROW(read<std::set<bool>>(numbers), EBadCastException);  // int never reads as bool
-}
-
 TEST(ValueSequence, ScalarIsASequenceOfOneAndEmptyContainerOfNone) {
   const std::vector<__int64> wide = _value_t(7);
   EXPECT_EQ(wide, (std::vector<__int64>{7}));
@@ -67,7 +57,10 @@ TEST(ValueSequence, ScalarIsASequenceOfOneAndEmptyContainerOfNone) {
   EXPECT_TRUE(read<std::vector<int>>(_value_t(std::vector<int>{})).empty());
 }
 
-TEST(ValueSequence, EmptyValueThrowsBadCastFromVoid) {
+TEST(ValueSequence, UnreadableElementKindAndEmptyValueThrowBadCast) {
+  EXPECT_THROW(read<std::vector<int>>(_value_t(std::vector<std::string>{"1"})), EBadCastException);
+  // An int never reads as bool.
+  EXPECT_THROW(read<std::set<bool>>(_value_t(std::vector<int>{1})), EBadCastException);
   const _value_t empty;
   try {
     const std::vector<int> items = empty;

@@ -6,36 +6,34 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 
 namespace {
 
 // 2020-01-02T03:04:05 UTC.
 const __int64 kSecondsOfSample = 1577934245;
 
-TEST(ValueTimeReader, NumbersAreSecondsSinceTheEpochAndTimeIsItself) {
-  EXPECT_EQ(_value_t(86400).as_time(), _time_t(86400));
-  EXPECT_EQ(_value_t(-5).as_time(), _time_t(-5));
-  EXPECT_EQ(_value_t(4000000000UL).as_time(), _time_t(4000000000LL));  // zero-extended
-  EXPECT_EQ(_value_t(kSecondsOfSample).as_time(), _time_t(kSecondsOfSample));
-  EXPECT_EQ(_value_t(_time_t(kSecondsOfSample)).as_time(), _time_t(kSecondsOfSample));
-  EXPECT_FALSE(_value_t(_time_t::invalid).as_time().valid());
-}
-
-TEST(ValueTimeReader, DoubleTruncatesAndOutOfRangeIsInvalid) {
-  EXPECT_EQ(_value_t(1.9).as_time(), _time_t(1));
-  EXPECT_EQ(_value_t(-1.9).as_time(), _time_t(-1));
-  EXPECT_EQ(_value_t(3e10).as_time(), _time_t(30000000000LL));  // no 32-bit detour here
-  EXPECT_FALSE(_value_t(1e30).as_time().valid());
-  EXPECT_FALSE(_value_t(std::nan("")).as_time().valid());
-}
-
-TEST(ValueTimeReader, TextIsTheIsoFormInUtc) {
-  EXPECT_EQ(_value_t("2020-01-02T03:04:05.000").as_time(), _time_t(kSecondsOfSample));
-  EXPECT_EQ(_value_t(L"2020-01-02T03:04:05").as_time(), _time_t(kSecondsOfSample));
-  EXPECT_FALSE(_value_t("2020-01-02").as_time().valid());
-  EXPECT_FALSE(_value_t("soon").as_time().valid());
+// Numbers are seconds since the epoch (doubles truncated, out of range
+// invalid), text is the ISO form in UTC, a time is itself.
+TEST(ValueTimeReader, EachKindReadsAsItsTime) {
   const _time_t sample(kSecondsOfSample);
-  EXPECT_EQ(_value_t(sample.iso8601time()).as_time(), sample);
+  const _time_t invalid = _time_t::invalid;
+  std::pair<_value_t, _time_t> cases[] = {
+      {86400, _time_t(86400)},
+      {-5, _time_t(-5)},
+      {4000000000UL, _time_t(4000000000LL)},  // zero-extended
+      {kSecondsOfSample, sample},
+      {sample, sample},
+      {1.9, _time_t(1)},
+      {-1.9, _time_t(-1)},
+      {3e10, _time_t(30000000000LL)},  // no 32-bit detour here
+      {"2020-01-02T03:04:05.000", sample},
+      {L"2020-01-02T03:04:05", sample},
+      {sample.iso8601time(), sample},
+  };
+  for (auto& [value, time] : cases) EXPECT_EQ(value.as_time(), time) << value.as_string();
+  _value_t unreadable[] = {invalid, 1e30, std::nan(""), "2020-01-02", "soon"};
+  for (_value_t& value : unreadable) EXPECT_FALSE(value.as_time().valid()) << value.as_string();
 }
 
 TEST(ValueTimeReader, BoolsObjectsAndEmptyValuesRefuse) {

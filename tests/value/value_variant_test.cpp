@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(ValueVariant, NumbersKeepTheirOwnVariantType) {
+TEST(ValueVariant, EachKindHasItsOwnVariantType) {
   const _variant_t whole = _value_t(-7).as_variant();
   EXPECT_EQ(V_VT(&whole), VT_INT);
   EXPECT_EQ(V_INT(&whole), -7);
@@ -22,18 +22,18 @@ TEST(ValueVariant, NumbersKeepTheirOwnVariantType) {
   const _variant_t real = _value_t(2.5).as_variant();
   EXPECT_EQ(V_VT(&real), VT_R8);
   EXPECT_EQ(V_R8(&real), 2.5);
-}
-
-TEST(ValueVariant, BoolIsAnAutomationBool) {
-  const _variant_t yes = _value_t(true).as_variant();
+  const _variant_t yes = _value_t(true).as_variant();  // an automation bool
   EXPECT_EQ(V_VT(&yes), VT_BOOL);
   EXPECT_EQ(V_BOOL(&yes), VARIANT_TRUE);
   const _variant_t no = _value_t(false).as_variant();
   EXPECT_EQ(V_BOOL(&no), VARIANT_FALSE);
+  const _variant_t object = _value_t(static_cast<SmartPtrObj*>(new SmartPtrObj)).as_variant();
+  EXPECT_EQ(V_VT(&object), VT_EMPTY);
 }
 
-TEST(ValueVariant, EveryTextKindIsABstr) {
-  for (_value_t text : {_value_t("text"), _value_t(L"text"), _value_t(_bstr_t(L"text"))}) {
+TEST(ValueVariant, EveryTextKindAndTheFirstElementOfATextContainerIsABstr) {
+  for (_value_t text : {_value_t("text"), _value_t(L"text"), _value_t(_bstr_t(L"text")),
+                        _value_t(std::vector<std::wstring>{L"text", L"b"})}) {
     const _variant_t variant = text.as_variant();
     ASSERT_EQ(V_VT(&variant), VT_BSTR);
     EXPECT_EQ(std::wstring(V_BSTR(&variant)), L"text");
@@ -49,14 +49,6 @@ TEST(ValueVariant, TimeIsAUtcDate) {
   const _variant_t none = _value_t(_time_t::invalid).as_variant();
   EXPECT_EQ(V_VT(&none), VT_DATE);
   EXPECT_EQ(V_DATE(&none), 0.0);
-}
-
-TEST(ValueVariant, ObjectsGiveAnEmptyVariantAndContainersTheirFirstElement) {
-  const _variant_t object = _value_t(static_cast<SmartPtrObj*>(new SmartPtrObj)).as_variant();
-  EXPECT_EQ(V_VT(&object), VT_EMPTY);
-  const _variant_t first = _value_t(std::vector<std::wstring>{L"a", L"b"}).as_variant();
-  ASSERT_EQ(V_VT(&first), VT_BSTR);
-  EXPECT_EQ(std::wstring(V_BSTR(&first)), L"a");
 }
 
 TEST(ValueVariant, EmptyValueThrowsBadCastFromVoid) {
