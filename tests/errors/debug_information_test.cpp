@@ -17,6 +17,7 @@
 
 namespace {
 
+using errors_test::NamesOf;
 using errors_test::StartsWith;
 using errors_test::TextOf;
 using qz_test::ScopedSetting;
@@ -33,12 +34,6 @@ bool is_test_body(const std::string& frame) {
          frame.find("[debug_information_test.cpp#") != std::string::npos;
 }
 
-std::string names_of(const EGeneric& e) {
-  std::string names;
-  for (const auto& entry : e.values()) names += entry.first + ",";
-  return names;
-}
-
 // Dumps stay off unless a test is about them.
 class DebugInformationTest : public errors_test::SymbolEngineTest {
  protected:
@@ -50,23 +45,20 @@ __attribute__((noinline)) void throw_extended() {
   throw EGeneric(true);
 }
 
-TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltIt) {
+TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltItOnlyWhenAsked) {
   ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
   try {
     throw_extended();
     FAIL();
   } catch (const EGeneric& e) {
-    EXPECT_EQ(names_of(e), "ModuleName,AddressName,Stack,");
+    EXPECT_EQ(NamesOf(e), "ModuleName,AddressName,Stack,");
     EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
     EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "throw_extended+")) << TextOf(e, "AddressName");
     EXPECT_NE(TextOf(e, "AddressName").find("[debug_information_test.cpp#"), std::string::npos);
     EXPECT_TRUE(StartsWith(TextOf(e, "Stack"), "\n-> " + TextOf(e, "AddressName") + "\n-> "))
         << TextOf(e, "Stack");
   }
-}
-
-TEST_F(DebugInformationTest, WithoutTheSettingAnExtendedEGenericStaysEmpty) {
-  ScopedSetting<bool> extend(ExtendDebugInformationFromException, false);
+  ScopedSetting<bool> plain(ExtendDebugInformationFromException, false);
   EXPECT_TRUE(EGeneric(true).values().empty());
 }
 
@@ -83,7 +75,7 @@ __attribute__((noinline)) EStructuredException fault_at_captured_context() {
 TEST_F(DebugInformationTest, AStructuredExceptionWalksFromTheFaultsContextAndEndsWithTheStack) {
   ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
   const EStructuredException e = fault_at_captured_context();
-  EXPECT_EQ(names_of(e), "Text,Code,Address,ModuleName,AddressName,Stack,");
+  EXPECT_EQ(NamesOf(e), "Text,Code,Address,ModuleName,AddressName,Stack,");
   EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "fault_at_captured_context+"));
   EXPECT_TRUE(StartsWith(TextOf(e, "Stack"), "\n-> fault_at_captured_context+"));
 

@@ -25,6 +25,13 @@ inline std::string TextOf(const EGeneric& e, const char* name) {
   return value.empty() ? "<none>" : value.as_string();
 }
 
+// The value names of an exception in order: "A,B,".
+inline std::string NamesOf(const EGeneric& e) {
+  std::string names;
+  for (const auto& entry : e.values()) names += entry.first + ",";
+  return names;
+}
+
 // Keeps the engine started for a whole suite: each start reads the modules'
 // debug information again, which takes seconds under Wine.
 class SymbolEngineTest : public ::testing::Test {

@@ -62,26 +62,6 @@ TEST_F(MiniDumpTest, ADumpWithoutAFaultIsNamedAfterTheCaller) {
   EXPECT_TRUE(carrier.values().empty());
 }
 
-TEST_F(MiniDumpTest, AFaultsDumpCarriesItsCodeAndIsTheMiniDumpValue) {
-  ScopedSetting<bool> dumps(SaveMiniDumpOnStructuredException, true);
-  CONTEXT context;
-  RtlCaptureContext(&context);
-  EXCEPTION_RECORD record = {};
-  record.ExceptionCode = EXCEPTION_ACCESS_VIOLATION;
-  record.ExceptionAddress = reinterpret_cast<void*>(context.Rip);
-  record.NumberParameters = 2;
-  record.ExceptionInformation[1] = 0x10;
-  EXCEPTION_POINTERS pointers = {&record, &context};
-  EStructuredException fault(EXCEPTION_ACCESS_VIOLATION, &pointers, GetCurrentThreadId());
-
-  const std::string path(fault.get_value("MiniDump"));
-  EXPECT_TRUE(NamedAsADumpOf(path, "qz_errors_tests_C0000005")) << path;
-  EXPECT_TRUE(IsDump(path));
-  fault.cancel_minidump();
-  EXPECT_FALSE(FileExists(path));
-  EXPECT_TRUE(fault.get_value("MiniDump").empty());
-}
-
 // At a throw, the dump takes the thrown EGeneric's own "ModuleName" and its
 // type for the kind word; "<", ">" and ":" are taken out.
 std::string thrown_dump;
