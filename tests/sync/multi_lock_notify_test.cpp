@@ -2,6 +2,7 @@
 // ends, while the lock is still held.
 #include <qz/sync/multi_lock_with_notify.h>
 
+#include "support/raw_event.h"
 #include "sync/multi_lock_test_support.h"
 
 #include <gtest/gtest.h>
@@ -13,24 +14,17 @@ namespace {
 
 using namespace multi_lock_test;
 
-// Records each hook with the lock's status as the hook saw it. A hook can
-// be made to stop until the test lets it go on.
+// Logs each hook with the lock's status as the hook saw it:
+// "OnReadLock[locked_write, 12:R] ". The hook named `stop_in` signals
+// `entered` and waits for `go_on`.
 class RecordingLock : public TMultiLockWithNotify {
  public:
-  std::string calls() {
+  std::string log() {
     std::lock_guard<std::mutex> hold(mutex_);
-    return calls_;
+    return log_;
   }
-  std::string statuses() {
-    std::lock_guard<std::mutex> hold(mutex_);
-    return statuses_;
-  }
-  // The next hook named `name` signals `entered` and waits for `go_on`.
-  void StopIn(const char* name, HANDLE entered, HANDLE go_on) {
-    stop_in_ = name;
-    entered_ = entered;
-    go_on_ = go_on;
-  }
+  std::string stop_in;
+  qz_test::RawEvent entered, go_on;
 
  protected:
   void OnWriteLock() override { Record("OnWriteLock"); }
@@ -42,139 +36,102 @@ class RecordingLock : public TMultiLockWithNotify {
 
  private:
   void Record(const std::string& name) {
-    const std::string status = GetStatusString();
+    const std::string entry = name + "[" + GetStatusString() + "] ";
     {
       std::lock_guard<std::mutex> hold(mutex_);
-      calls_ += name + " ";
-      statuses_ += "[" + status + "]";
+      log_ += entry;
     }
-    if (name == stop_in_) {
-      stop_in_.clear();
-      SetEvent(entered_);
-      WaitForSingleObject(go_on_, 10000);
+    if (name == stop_in) {
+      stop_in.clear();
+      SetEvent(entered.h);
+      WaitForSingleObject(go_on.h, 10000);
     }
   }
 
   std::mutex mutex_;
-  std::string calls_, statuses_, stop_in_;
-  HANDLE entered_ = nullptr, go_on_ = nullptr;
+  std::string log_;
 };
-
-// Two manual-reset events for StopIn, closed at the end of the test.
-struct HookGate {
-  HANDLE entered = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  HANDLE go_on = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  ~HookGate() {
-    SetEvent(go_on);
-    CloseHandle(entered);
-    CloseHandle(go_on);
-  }
-};
-
-TEST(TMultiLockWithNotify, OverlappingReadersAreToldOnceInAndOnceOut) {
-  RecordingLock lock;
-  Actor other;
-  lock.ReadLock();
-  ASSERT_TRUE(other.Run([&] { lock.ReadLock(); }));
-  lock.Unlock();
-  EXPECT_EQ(lock.calls(), "OnReadLock ");
-  ASSERT_TRUE(other.Run([&] { lock.Unlock(); }));
-  EXPECT_EQ(lock.calls(), "OnReadLock OnReadUnlock ");
-  EXPECT_EQ(lock.statuses(), "[locked_write, " + Read(Me()) + "][locked_read, " + Read(other.id()) + "]");
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
-}
 
 // Steps as in Do: only the outer hold of a locked period is told, nested
-// ones not; an upgrade is told as such; each with the status the hook saw.
+// ones not; an upgrade is told as such; the NoNotify forms tell nothing.
 TEST(TMultiLockWithNotify, OuterHoldsAndUpgradesAreToldInOrder) {
-  struct Row {
-    const char* ops;
-    const char* calls;
-    const char* statuses;
+  const std::pair<const char*, const char*> rows[] = {
+      {"rwuu",
+       "OnReadLock[locked_write, me:R] OnWriteAfterReadLock[locked_write, me:R,me:W] "
+       "OnWriteAfterReadUnlock[locked_write, me:R,me:W] OnReadUnlock[locked_read, me:R] "},
+      {"lwruuu", "OnWriteLock[locked_write, me:W] OnWriteUnlock[locked_write, me:W] "},
   };
-  const Row rows[] = {
-      {"rwuu", "OnReadLock OnWriteAfterReadLock OnWriteAfterReadUnlock OnReadUnlock ",
-       "[locked_write, me:R][locked_write, me:R,me:W][locked_write, me:R,me:W][locked_read, me:R]"},
-      {"lwruuu", "OnWriteLock OnWriteUnlock ", "[locked_write, me:W][locked_write, me:W]"},
-  };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     RecordingLock lock;
-    Do(lock, row.ops);
-    EXPECT_EQ(lock.calls(), row.calls) << row.ops;
-    EXPECT_EQ(lock.statuses(), Mine(row.statuses)) << row.ops;
+    Do(lock, row.first);
+    EXPECT_EQ(lock.log(), Mine(row.second)) << row.first;
     EXPECT_EQ(lock.GetStatusString(), "not_locked");
   }
-}
-
-TEST(TMultiLockWithNotify, NoNotifyFormsTellNothing) {
   RecordingLock lock;
   lock.ReadLockNoNotify();
   EXPECT_TRUE(lock.WriteLockNoNotify(0));
   lock.UnlockNoNotify();
   lock.UnlockNoNotify();
-  lock.WriteLockNoNotify();
-  EXPECT_TRUE(lock.ReadLockNoNotify(0));
-  lock.UnlockNoNotify();
-  lock.UnlockNoNotify();
-  lock.ReadLockThreadIndependentNoNotify();
-  EXPECT_TRUE(lock.ReadLockThreadIndependentNoNotify(0));
-  lock.UnlockThreadIndependentNoNotify();
-  lock.UnlockThreadIndependentNoNotify();
   EXPECT_TRUE(lock.WriteLockThreadIndependentNoNotify(0));
   lock.UnlockThreadIndependentNoNotify();
-  lock.WriteLockThreadIndependentNoNotify();
-  lock.UnlockThreadIndependentNoNotify();
-  EXPECT_EQ(lock.calls(), "");
+  EXPECT_EQ(lock.log(), "");
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
 }
 
-TEST(TMultiLockWithNotify, IndependentHoldsFollowTheSameRules) {
+// The period ends with the last hold, whichever thread gives it up.
+TEST(TMultiLockWithNotify, OverlappingHoldsAreToldOnceInAndOnceOut) {
   RecordingLock lock;
   Actor other;
-  lock.ReadLockThreadIndependent();
-  EXPECT_TRUE(lock.ReadLockThreadIndependent(0));
-  ASSERT_TRUE(other.Run([&] { lock.UnlockThreadIndependent(); }));
-  EXPECT_EQ(lock.calls(), "OnReadLock ");
-  ASSERT_TRUE(other.Run([&] { lock.UnlockThreadIndependent(); }));
-  EXPECT_EQ(lock.calls(), "OnReadLock OnReadUnlock ");
-  lock.WriteLockThreadIndependent();
-  ASSERT_TRUE(other.Run([&] { lock.UnlockThreadIndependent(); }));
-  EXPECT_EQ(lock.calls(), "OnReadLock OnReadUnlock OnWriteLock OnWriteUnlock ");
-  EXPECT_EQ(lock.statuses(), "[locked_write, 0:R][locked_read, 0:R][locked_write, 0:W][locked_write, 0:W]");
+  lock.ReadLock();
+  ASSERT_TRUE(other.Run([&] { lock.ReadLock(); }));
+  lock.Unlock();
+  EXPECT_EQ(lock.log(), Mine("OnReadLock[locked_write, me:R] "));
+  ASSERT_TRUE(other.Run([&] { lock.Unlock(); }));
+  EXPECT_EQ(lock.log(), Mine("OnReadLock[locked_write, me:R] OnReadUnlock[locked_read, ") + Read(other.id()) + "] ");
+
+  RecordingLock independent;
+  independent.ReadLockThreadIndependent();
+  EXPECT_TRUE(independent.ReadLockThreadIndependent(0));
+  ASSERT_TRUE(other.Run([&] { independent.UnlockThreadIndependent(); }));
+  EXPECT_EQ(independent.log(), "OnReadLock[locked_write, 0:R] ");
+  ASSERT_TRUE(other.Run([&] { independent.UnlockThreadIndependent(); }));
+  independent.WriteLockThreadIndependent();
+  ASSERT_TRUE(other.Run([&] { independent.UnlockThreadIndependent(); }));
+  EXPECT_EQ(independent.log(),
+            "OnReadLock[locked_write, 0:R] OnReadUnlock[locked_read, 0:R] OnWriteLock[locked_write, 0:W] "
+            "OnWriteUnlock[locked_write, 0:W] ");
 }
 
 TEST(TMultiLockWithNotify, OthersWaitWhileTheFirstReaderIsToldAndThenJoin) {
   RecordingLock lock;
-  HookGate gate;
-  lock.StopIn("OnReadLock", gate.entered, gate.go_on);
+  lock.stop_in = "OnReadLock";
   Actor first, second;
   first.Start([&] { lock.ReadLock(); });
-  ASSERT_EQ(WaitForSingleObject(gate.entered, 10000), WAIT_OBJECT_0);
+  ASSERT_EQ(WaitForSingleObject(lock.entered.h, 10000), WAIT_OBJECT_0);
   EXPECT_FALSE(lock.ReadLock(0));
   EXPECT_FALSE(lock.WriteLock(0));
   second.Start([&] { lock.ReadLock(); });
   EXPECT_FALSE(second.Finished(50));
-  SetEvent(gate.go_on);
+  SetEvent(lock.go_on.h);
   ASSERT_TRUE(first.Finished());
   ASSERT_TRUE(second.Finished());
-  EXPECT_EQ(lock.calls(), "OnReadLock ");
   EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(first.id()) + "," + Read(second.id()));
   ASSERT_TRUE(first.Run([&] { lock.Unlock(); }));
   ASSERT_TRUE(second.Run([&] { lock.Unlock(); }));
-  EXPECT_EQ(lock.calls(), "OnReadLock OnReadUnlock ");
+  EXPECT_EQ(lock.log(), "OnReadLock[locked_write, " + Read(first.id()) + "] OnReadUnlock[locked_read, " +
+                            Read(second.id()) + "] ");
 }
 
 TEST(TMultiLockWithNotify, OthersWaitWhileTheWriterIsToldOfItsRelease) {
   RecordingLock lock;
-  HookGate gate;
-  lock.StopIn("OnWriteUnlock", gate.entered, gate.go_on);
+  lock.stop_in = "OnWriteUnlock";
   Actor writer;
   ASSERT_TRUE(writer.Run([&] { lock.WriteLock(); }));
   writer.Start([&] { lock.Unlock(); });
-  ASSERT_EQ(WaitForSingleObject(gate.entered, 10000), WAIT_OBJECT_0);
+  ASSERT_EQ(WaitForSingleObject(lock.entered.h, 10000), WAIT_OBJECT_0);
   EXPECT_FALSE(lock.ReadLock(0));
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(writer.id()));
-  SetEvent(gate.go_on);
+  SetEvent(lock.go_on.h);
   ASSERT_TRUE(writer.Finished());
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
 }

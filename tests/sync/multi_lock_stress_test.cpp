@@ -3,12 +3,12 @@
 // (released by another thread), while everything that must hold is checked
 // all the time:
 //   - a writer is never inside beside anybody else;
-//   - the status always describes a possible state (the owners agree with
-//     it), and each holder finds its own holds in it;
+//   - the status always describes a possible state, and each holder finds
+//     its own holds in it;
 //   - no hold is lost: at the end the lock is free and every hold taken
 //     was released;
-//   - no thread stays in a timed operation long past its time-out, and
-//     every thread finishes once the others stop.
+//   - no timed operation lasts long past its time-out, and every thread
+//     finishes once the others stop.
 #include <qz/errors/generic.h>
 #include <qz/sync/multi_lock.h>
 
@@ -16,21 +16,20 @@
 
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
 #include <atomic>
 #include <cstdio>
 #include <deque>
-#include <functional>
+#include <memory>
 #include <mutex>
 #include <random>
+#include <regex>
 #include <string>
 #include <vector>
 
 namespace {
 
-using multi_lock_test::Read;
-using multi_lock_test::Write;
+using namespace multi_lock_test;
+using qz_test::WorkerThread;
 
 constexpr int kWorkers = 6;
 constexpr DWORD kRunMs = 2000;
@@ -38,74 +37,47 @@ constexpr DWORD kRunMs = 2000;
 // each single wait, and a thread that was woken but lost the race waits
 // again; on top come the inner lock's back-off and a busy machine.
 constexpr DWORD kTimedSlackMs = 2000;
-// An untimed operation still running after this long counts as stuck.
-constexpr DWORD kUntimedBoundMs = 15000;
+// A thread not ended this long after the stop counts as stuck.
+constexpr DWORD kEndBoundMs = 15000;
 
-std::vector<std::string> Split(const std::string& text, const std::string& separator) {
-  std::vector<std::string> parts;
-  size_t start = 0;
-  for (size_t at; (at = text.find(separator, start)) != std::string::npos; start = at + separator.size())
-    parts.push_back(text.substr(start, at - start));
-  parts.push_back(text.substr(start));
-  return parts;
-}
-
-// What any snapshot of the lock must satisfy, or an empty text.
-std::string Inconsistency(const std::string& text) {
-  std::vector<std::string> parts = Split(text, ", ");
-  const std::string state = parts[0];
-  int upgraders = 0;
-  if (parts.size() > 1 && parts.back().find(" r->w waiters") != std::string::npos) {
-    upgraders = std::stoi(parts.back());
-    parts.pop_back();
-  }
-  if (parts.size() > 2) return "malformed";
-  if (upgraders > 1) return "more than one pending upgrade";
-  const std::vector<std::string> holds = parts.size() == 2 ? Split(parts[1], ",") : std::vector<std::string>();
-  int writes = 0;
-  bool one_owner = true;
-  for (const std::string& hold : holds) {
-    const size_t colon = hold.find(':');
-    if (colon == std::string::npos || colon + 2 != hold.size()) return "malformed hold";
-    if (hold[colon + 1] == 'W') ++writes;
-    one_owner = one_owner && hold.compare(0, colon + 1, holds[0], 0, holds[0].find(':') + 1) == 0;
-  }
-  if (state == "not_locked") return holds.empty() && upgraders == 0 ? "" : "free with holds";
+// What makes a snapshot of the status impossible, or an empty text.
+std::string Inconsistency(const std::string& status) {
+  static const std::regex form(
+      "(not_locked|locked_read|locked_write)(, ([0-9]+:[RW](,[0-9]+:[RW])*))?(, ([0-9]+) r->w waiters)?");
+  std::smatch m;
+  if (!std::regex_match(status, m, form)) return "malformed";
+  const std::string state = m[1], holds = m[3];
+  if (m[6].matched && std::stoi(m[6]) > 1) return "more than one pending upgrade";
+  if (state == "not_locked") return holds.empty() && !m[6].matched ? "" : "free with holds";
   if (holds.empty()) return "locked without holds";
-  if (state == "locked_read") return writes == 0 ? "" : "write hold while read-locked";
-  if (state != "locked_write") return "unknown state";
-  if (writes == 0) return "write-locked without a write hold";
-  return one_owner ? "" : "write-locked by more than one owner";
+  const bool writes = holds.find('W') != std::string::npos;
+  if (state == "locked_read") return writes ? "write hold while read-locked" : "";
+  if (!writes) return "write-locked without a write hold";
+  const std::string owner = holds.substr(0, holds.find(':') + 1);
+  for (size_t at = 0; (at = holds.find(',', at)) != std::string::npos;)
+    if (holds.compare(++at, owner.size(), owner) != 0) return "write-locked by more than one owner";
+  return "";
 }
 
 class Stress {
  public:
-  explicit Stress(TMultiLock& lock) : lock_(lock) {
-    for (auto& p : progress) p = kIdle;
-  }
+  explicit Stress(TMultiLock& lock) : lock_(lock) {}
 
+  void Worker(unsigned int seed);
+  void Releaser(unsigned int seed);
+  void CheckStatus() {
+    const std::string status = lock_.GetStatusString(), wrong = Inconsistency(status);
+    if (!wrong.empty()) Fail(wrong + ": \"" + status + "\"");
+  }
   void Fail(const std::string& what) {
     std::lock_guard<std::mutex> hold(failures_mutex_);
-    if (failures_.size() < 20) failures_.push_back(what);
-  }
-  std::vector<std::string> failures() {
-    std::lock_guard<std::mutex> hold(failures_mutex_);
-    return failures_;
+    if (failures.size() < 20) failures.push_back(what);
   }
 
   std::atomic<bool> stop{false}, releaser_stop{false};
   std::atomic<int> readers{0}, writers{0};
   std::atomic<long> taken{0}, released{0}, upgrades{0}, handed_over{0};
-
-  // Per worker: when its current operation began (high half) and its
-  // time-out (low half), or kIdle; the monitor uses these to spot a stuck
-  // thread. One word, so that the two are always read together.
-  static constexpr unsigned long long kIdle = ~0ull;
-  std::atomic<unsigned long long> progress[kWorkers];
-
-  void Worker(int index, unsigned int seed);
-  void Releaser(unsigned int seed);
-  void Monitor();
+  std::vector<std::string> failures;  // read once the threads have ended
 
  private:
   // A hold was taken (counted) or is held; checks who else is inside.
@@ -122,133 +94,107 @@ class Stress {
     lock_.Unlock();
     ++released;
   }
-
-  void ExpectStatus(const std::string& expected, const char* where) {
-    const std::string status = lock_.GetStatusString();
-    if (status != expected) Fail(std::string(where) + ": \"" + status + "\" for \"" + expected + "\"");
+  // The status is `expected`; or, not `exact`, read-locked with `expected` among the holds.
+  void Expect(const std::string& expected, bool exact) {
+    const std::string s = lock_.GetStatusString();
+    if (exact ? s != expected : s.compare(0, 13, "locked_read, ") != 0 || s.find(expected) == std::string::npos)
+      Fail("\"" + s + "\" for \"" + expected + "\"");
   }
-  void ExpectMine(const std::string& hold, const char* where) {
-    const std::string status = lock_.GetStatusString();
-    if (status.compare(0, 13, "locked_read, ") != 0 || status.find(hold) == std::string::npos)
-      Fail(std::string(where) + ": \"" + status + "\" lacks " + hold);
-  }
-
-  // Runs one timed or untimed attempt, timing it against its bound.
+  // Runs one attempt and checks that it ended in time.
   template <class Attempt>
-  bool Attempted(int index, unsigned int timeout, Attempt attempt) {
+  bool Timed(unsigned int timeout, Attempt attempt) {
     const DWORD started = GetTickCount();
-    progress[index] = static_cast<unsigned long long>(started) << 32 | timeout;
     const bool ok = attempt();
-    progress[index] = kIdle;
     const DWORD took = GetTickCount() - started;
     if (timeout != INFINITE && took > timeout + kTimedSlackMs)
       Fail("timed attempt of " + std::to_string(timeout) + " ms took " + std::to_string(took) + " ms");
     return ok;
   }
 
-  void DoRead(int index, unsigned int timeout, bool nested);
-  void DoWrite(int index, unsigned int timeout, bool nested);
-  void DoUpgrade(int index, unsigned int timeout);
-  void DoIndependent(int index, unsigned int timeout, bool write);
+  void DoHold(bool write, unsigned int timeout, bool nested);
+  void DoUpgrade(unsigned int timeout);
+  void DoIndependent(unsigned int timeout, bool write);
 
   TMultiLock& lock_;
-  std::mutex failures_mutex_;
-  std::vector<std::string> failures_;
-  std::mutex handed_mutex_;
+  std::mutex failures_mutex_, handed_mutex_;
   std::deque<bool> handed_;  // independent holds (write or not) for the releaser
 };
 
-void Stress::DoRead(int index, unsigned int timeout, bool nested) {
-  if (!Attempted(index, timeout, [&] { return lock_.ReadLock(timeout); })) return;
-  Enter(false);
-  const std::string r = Read(GetCurrentThreadId());
-  ExpectMine(r, "reader");
+// A read or a write, now and then with more holds nested inside it.
+void Stress::DoHold(bool write, unsigned int timeout, bool nested) {
+  if (!Timed(timeout, [&] { return write ? lock_.WriteLock(timeout) : lock_.ReadLock(timeout); })) return;
+  Enter(write);
+  const std::string mine = write ? "locked_write, " + Write(Me()) : Read(Me());
+  Expect(mine, write);
   if (nested) {
     lock_.ReadLock();
-    ++taken;
-    ExpectMine(r, "nested reader");
+    if (write) lock_.WriteLock();
+    taken += write ? 2 : 1;
+    Expect(write ? mine + "," + Read(Me()) + "," + Write(Me()) : mine, write);
     Release();
+    if (write) Release();
   }
   if (GetTickCount() % 4 == 0) SwitchToThread();
-  Leave(false);
-  Release();
-}
-
-void Stress::DoWrite(int index, unsigned int timeout, bool nested) {
-  if (!Attempted(index, timeout, [&] { return lock_.WriteLock(timeout); })) return;
-  Enter(true);
-  const std::string w = Write(GetCurrentThreadId());
-  ExpectStatus("locked_write, " + w, "writer");
-  if (nested) {
-    lock_.ReadLock();
-    lock_.WriteLock();
-    taken += 2;
-    ExpectStatus("locked_write, " + w + "," + Read(GetCurrentThreadId()) + "," + w, "nested writer");
-    Release();
-    Release();
-  }
-  if (GetTickCount() % 4 == 0) SwitchToThread();
-  Leave(true);
+  Leave(write);
   Release();
 }
 
 // Read, then write over the read. Another reader upgrading at the same time
 // makes one of the two get the dead-lock error; it keeps its read.
-void Stress::DoUpgrade(int index, unsigned int timeout) {
-  if (!Attempted(index, INFINITE, [&] { return lock_.ReadLock(INFINITE); })) return;
+void Stress::DoUpgrade(unsigned int timeout) {
+  lock_.ReadLock();
   Enter(false);
-  const std::string r = Read(GetCurrentThreadId());
+  const std::string r = Read(Me());
   bool upgraded = false;
   try {
-    upgraded = Attempted(index, timeout, [&] { return lock_.WriteLock(timeout); });
+    upgraded = Timed(timeout, [&] { return lock_.WriteLock(timeout); });
   } catch (const EGeneric& e) {
-    if (std::string(e.get_value("Text")) != "Dead-lock in multilock") Fail("unexpected error on upgrade");
     const std::string status = e.get_value("Status");
-    if (status.find(r) == std::string::npos || status.find(" 1 r->w waiters") == std::string::npos)
-      Fail("dead-lock status \"" + status + "\"");
+    if (std::string(e.get_value("Text")) != "Dead-lock in multilock" || status.find(r) == std::string::npos ||
+        status.find(" 1 r->w waiters") == std::string::npos)
+      Fail("upgrade error \"" + std::string(e.get_value("Text")) + "\" with \"" + status + "\"");
   }
   if (upgraded) {
     ++upgrades;
     Leave(false);
     Enter(true);  // a second hold, over the read
-    ExpectStatus("locked_write, " + r + "," + Write(GetCurrentThreadId()), "upgrader");
+    Expect("locked_write, " + r + "," + Write(Me()), true);
     Leave(true);
     Release();
     Inside(false);  // the read is still held
   }
-  ExpectMine(r, "reader after upgrade");
+  Expect(r, false);
   Leave(false);
   Release();
 }
 
 // The hold goes to the releaser thread, which lets it go a little later.
-void Stress::DoIndependent(int index, unsigned int timeout, bool write) {
-  const bool ok = Attempted(index, timeout, [&] {
-    return write ? lock_.WriteLockThreadIndependent(timeout) : lock_.ReadLockThreadIndependent(timeout);
-  });
-  if (!ok) return;
+void Stress::DoIndependent(unsigned int timeout, bool write) {
+  if (!Timed(timeout, [&] {
+        return write ? lock_.WriteLockThreadIndependent(timeout) : lock_.ReadLockThreadIndependent(timeout);
+      }))
+    return;
   Enter(write);
-  if (write) ExpectStatus("locked_write, 0:W", "independent writer");
+  if (write) Expect("locked_write, 0:W", true);
   ++handed_over;
   std::lock_guard<std::mutex> hold(handed_mutex_);
   handed_.push_back(write);
 }
 
-void Stress::Worker(int index, unsigned int seed) {
+void Stress::Worker(unsigned int seed) {
   std::mt19937 random(seed);
   const unsigned int timeouts[] = {0, 1, 5, 20, INFINITE};
   while (!stop) {
-    const unsigned int kind = random() % 100;
-    const unsigned int timeout = timeouts[random() % 5];
+    const unsigned int kind = random() % 100, timeout = timeouts[random() % 5];
     const bool nested = random() % 3 == 0;
     if (kind < 45)
-      DoRead(index, kind < 30 ? INFINITE : timeout, nested);
+      DoHold(false, kind < 30 ? INFINITE : timeout, nested);
     else if (kind < 72)
-      DoWrite(index, kind < 60 ? INFINITE : timeout, nested);
+      DoHold(true, kind < 60 ? INFINITE : timeout, nested);
     else if (kind < 86)
-      DoUpgrade(index, random() % 2 ? INFINITE : timeout);
+      DoUpgrade(random() % 2 ? INFINITE : timeout);
     else
-      DoIndependent(index, timeout, random() % 3 == 0);
+      DoIndependent(timeout, random() % 3 == 0);
   }
 }
 
@@ -272,71 +218,40 @@ void Stress::Releaser(unsigned int seed) {
   }
 }
 
-void Stress::Monitor() {
-  const std::string status = lock_.GetStatusString();
-  const std::string wrong = Inconsistency(status);
-  if (!wrong.empty()) Fail(wrong + ": \"" + status + "\"");
-  const DWORD now = GetTickCount();
-  for (int i = 0; i < kWorkers; ++i) {
-    const unsigned long long p = progress[i];
-    if (p == kIdle) continue;
-    const DWORD timeout = static_cast<DWORD>(p), took = now - static_cast<DWORD>(p >> 32);
-    const DWORD bound = timeout == INFINITE ? kUntimedBoundMs : timeout + kTimedSlackMs;
-    if (took > bound) Fail("worker " + std::to_string(i) + " stuck for " + std::to_string(took) + " ms");
-  }
-}
-
-struct Thread {
-  HANDLE handle;
-  std::function<void()> body;
-  static DWORD WINAPI Run(void* self) {
-    static_cast<Thread*>(self)->body();
-    return 0;
-  }
-};
-
 TEST(TMultiLockStress, RandomMixesKeepEveryRuleAndLoseNoHold) {
   // Left alive if a thread never comes back, rather than freed under it.
   struct Shared {
     TMultiLock lock;
     Stress stress{lock};
+    std::vector<std::unique_ptr<WorkerThread>> threads;  // the workers, then the releaser
   };
   auto* shared = new Shared();
-  TMultiLock* lock = &shared->lock;
-  Stress* stress = &shared->stress;
+  Stress& stress = shared->stress;
   const unsigned int seed = GetTickCount();
   std::printf("  seed %u\n", seed);
+  for (int i = 0; i < kWorkers; ++i)
+    shared->threads.emplace_back(new WorkerThread([&stress, seed, i] { stress.Worker(seed + i); }));
+  shared->threads.emplace_back(new WorkerThread([&stress, seed] { stress.Releaser(seed + kWorkers); }));
 
-  std::vector<Thread> threads(kWorkers + 1);
-  for (int i = 0; i < kWorkers; ++i) threads[i].body = [=] { stress->Worker(i, seed + i); };
-  threads[kWorkers].body = [=] { stress->Releaser(seed + kWorkers); };
-  for (Thread& t : threads) t.handle = CreateThread(nullptr, 0, &Thread::Run, &t, 0, nullptr);
-
-  const DWORD start = GetTickCount();
-  while (GetTickCount() - start < kRunMs) {
-    stress->Monitor();
-    Sleep(1);
-  }
-  stress->stop = true;
+  for (const DWORD start = GetTickCount(); GetTickCount() - start < kRunMs; Sleep(1)) stress.CheckStatus();
+  stress.stop = true;
+  const DWORD stopped = GetTickCount();
   bool all_ended = true;
-  const DWORD deadline = GetTickCount() + kUntimedBoundMs;
   for (int i = 0; i < kWorkers; ++i) {
-    while (WaitForSingleObject(threads[i].handle, 10) == WAIT_TIMEOUT && GetTickCount() < deadline)
-      stress->Monitor();
-    all_ended = all_ended && WaitForSingleObject(threads[i].handle, 0) == WAIT_OBJECT_0;
+    while (!shared->threads[i]->Join(10) && GetTickCount() - stopped < kEndBoundMs) stress.CheckStatus();
+    all_ended = all_ended && shared->threads[i]->Join(0);
   }
-  stress->releaser_stop = true;
-  all_ended = all_ended && WaitForSingleObject(threads[kWorkers].handle, kUntimedBoundMs) == WAIT_OBJECT_0;
-  for (Thread& t : threads) CloseHandle(t.handle);
-  ASSERT_TRUE(all_ended) << "a thread is stuck: " << lock->GetStatusString();
+  stress.releaser_stop = true;
+  all_ended = all_ended && shared->threads[kWorkers]->Join(kEndBoundMs);
+  ASSERT_TRUE(all_ended) << "a thread is stuck: " << shared->lock.GetStatusString();
 
-  for (const std::string& failure : stress->failures()) ADD_FAILURE() << failure;
-  EXPECT_EQ(lock->GetStatusString(), "not_locked");
-  EXPECT_EQ(stress->taken.load(), stress->released.load());
-  EXPECT_EQ(stress->readers.load(), 0);
-  EXPECT_EQ(stress->writers.load(), 0);
-  EXPECT_GT(stress->upgrades.load(), 0);
-  EXPECT_GT(stress->handed_over.load(), 0);
+  for (const auto& thread : shared->threads) EXPECT_EQ(thread->error(), "");
+  for (const std::string& failure : stress.failures) ADD_FAILURE() << failure;
+  EXPECT_EQ(shared->lock.GetStatusString(), "not_locked");
+  EXPECT_EQ(stress.taken.load(), stress.released.load());
+  EXPECT_EQ(stress.readers.load() + stress.writers.load(), 0);
+  EXPECT_GT(stress.upgrades.load(), 0);
+  EXPECT_GT(stress.handed_over.load(), 0);
   delete shared;
 }
 

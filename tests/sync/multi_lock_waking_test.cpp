@@ -44,11 +44,7 @@ TEST(TMultiLockWaking, UpgraderEntersWhenTheOtherReadersLeave) {
   ASSERT_TRUE(other.Run([&] { lock.Unlock(); }));
   ASSERT_TRUE(upgrader.Finished());
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(upgrader.id()) + "," + Write(upgrader.id()));
-  ASSERT_TRUE(upgrader.Run([&] {
-    lock.Unlock();
-    lock.Unlock();
-  }));
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
+  ASSERT_TRUE(upgrader.Run([&] { Do(lock, "uu"); }));
 }
 
 TEST(TMultiLockWaking, WaitingWritersEnterOneAfterTheOther) {
@@ -61,18 +57,15 @@ TEST(TMultiLockWaking, WaitingWritersEnterOneAfterTheOther) {
   ASSERT_TRUE(Eventually([&] { return lock.has_event(kFree); }));
   lock.Unlock();
   // One of them gets in; the other follows when that one leaves.
-  Actor* in = nullptr;
-  ASSERT_TRUE(Eventually([&] {
-    in = first.Finished(0) ? &first : second.Finished(0) ? &second : nullptr;
-    return in != nullptr;
-  }));
-  Actor* out = in == &first ? &second : &first;
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(in->id()));
-  EXPECT_FALSE(out->Finished(50));
-  ASSERT_TRUE(in->Run([&] { lock.Unlock(); }));
-  ASSERT_TRUE(out->Finished());
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(out->id()));
-  ASSERT_TRUE(out->Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(Eventually([&] { return first.Finished(0) || second.Finished(0); }));
+  Actor& in = first.Finished(0) ? first : second;
+  Actor& out = &in == &first ? second : first;
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(in.id()));
+  EXPECT_FALSE(out.Finished(50));
+  ASSERT_TRUE(in.Run([&] { lock.Unlock(); }));
+  ASSERT_TRUE(out.Finished());
+  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(out.id()));
+  ASSERT_TRUE(out.Run([&] { lock.Unlock(); }));
 }
 
 TEST(TMultiLockWaking, WaitingReadersEnterTogetherWhenAWriteOverReadsEnds) {
@@ -87,14 +80,12 @@ TEST(TMultiLockWaking, WaitingReadersEnterTogetherWhenAWriteOverReadsEnds) {
   lock.Unlock();  // the write: the lock is read-open again
   ASSERT_TRUE(a.Finished());
   ASSERT_TRUE(b.Finished());
-  const std::string status = lock.GetStatusString();
-  EXPECT_EQ(status.find("locked_read, " + Read(Me()) + ","), 0u) << status;
-  EXPECT_NE(status.find(Read(a.id())), std::string::npos) << status;
-  EXPECT_NE(status.find(Read(b.id())), std::string::npos) << status;
+  const std::string status = lock.GetStatusString(), me = "locked_read, " + Read(Me()) + ",";
+  EXPECT_TRUE(status == me + Read(a.id()) + "," + Read(b.id()) || status == me + Read(b.id()) + "," + Read(a.id()))
+      << status;
   lock.Unlock();
   ASSERT_TRUE(a.Run([&] { lock.Unlock(); }));
   ASSERT_TRUE(b.Run([&] { lock.Unlock(); }));
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
 }
 
 // Once a writer has left readers behind (here: its own, after an upgrade),
@@ -111,9 +102,7 @@ TEST(TMultiLockWaking, ReaderBlockedByAWriterWaitsEvenAfterAnEarlierWriteEndedOv
   lock.Unlock();
   ASSERT_TRUE(gave_up) << "the reader did not give up while the writer held on";
   EXPECT_FALSE(taken);
-  if (taken) {
-    ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
-  }
+  if (taken) reader.Run([&] { lock.Unlock(); });
 }
 
 // Unlike a timed mutex wait, a multi-lock wait is not ended by a procedure
@@ -152,11 +141,7 @@ TEST(TMultiLockWaking, InterruptionThrownDuringTheWaitLeavesWithNothingTaken) {
   EXPECT_THROW(writer.Rethrow(), EThreadInterrupt);
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()));
   lock.Unlock();
-  EXPECT_EQ(lock.GetStatusString(), "not_locked");
-  ASSERT_TRUE(writer.Run([&] {
-    lock.WriteLock();
-    lock.Unlock();
-  }));
+  ASSERT_TRUE(writer.Run([&] { Do(lock, "Wu"); }));
 }
 
 TEST(TMultiLockWaking, InterruptedUpgraderNoLongerCountsAsWaiting) {
