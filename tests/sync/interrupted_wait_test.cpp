@@ -11,19 +11,9 @@
 
 namespace {
 
-using qz_test::Eventually;
-using qz_test::MarkRan;
 using qz_test::WorkerThread;
 
-// One wrapper seen through its two waits, with the object made unavailable
-// beforehand and `release` making it available again.
-struct WaitCase {
-  std::function<bool(unsigned int)> timed;
-  std::function<void()> untimed;
-  std::function<void()> release;
-};
-
-// Starts `wait` on a worker and queues a procedure call to it once it is
+// Runs `wait` on a worker and queues a procedure call to it once it is
 // about to wait (queued earlier, the call would run before the wait begins).
 struct InterruptedWorker {
   TEvent about_to_wait;
@@ -36,57 +26,50 @@ struct InterruptedWorker {
           wait();
         }) {
     EXPECT_TRUE(about_to_wait.Signaled(10000));
-    EXPECT_TRUE(QueueUserAPC(MarkRan, worker.handle(), reinterpret_cast<ULONG_PTR>(&call_ran)));
+    EXPECT_TRUE(QueueUserAPC(qz_test::MarkRan, worker.handle(), reinterpret_cast<ULONG_PTR>(&call_ran)));
   }
 };
 
-void ExpectTimedWaitEndsUntaken(const WaitCase& c) {
-  std::atomic<int> result{-1};
-  InterruptedWorker w([&] { result = c.timed(60000) ? 1 : 0; });
-  ASSERT_TRUE(w.worker.Join(20000)) << "the call did not end the 60 s wait";
-  EXPECT_TRUE(w.call_ran);
-  EXPECT_EQ(result, 0);
-  EXPECT_EQ(w.worker.error(), "");
-}
-
-void ExpectUntimedWaitGoesOn(const WaitCase& c) {
-  std::atomic<bool> returned{false};
-  InterruptedWorker w([&] {
-    c.untimed();
-    returned = true;
-  });
-  ASSERT_TRUE(Eventually([&] { return w.call_ran.load(); }));
-  EXPECT_FALSE(w.worker.Join(200)) << "the wait ended with the call";
-  EXPECT_FALSE(returned);
-  c.release();
-  ASSERT_TRUE(w.worker.Join(20000));
-  EXPECT_TRUE(returned);
-  EXPECT_EQ(w.worker.error(), "");
-}
-
 TEST(AlertableWait, ProcedureCallEndsATimedWaitWithFalseAndAnUntimedOneGoesOn) {
+  // Each wrapper's timed and untimed wait on an object made unavailable
+  // here, and what makes it available again.
+  struct WaitCase {
+    const char* name;
+    std::function<bool(unsigned int)> timed;
+    std::function<void()> untimed, release;
+  };
   TMutex mutex;
   mutex.Lock();
   TSemaphore semaphore(1, 0);
   TEvent event;
-  const std::pair<const char*, WaitCase> cases[] = {
-      {"mutex",
-       {[&](unsigned int ms) { return mutex.Lock(ms); },
-        [&] {
-          mutex.Lock();
-          mutex.Unlock();
-        },
-        [&] { mutex.Unlock(); }}},
-      {"semaphore",
-       {[&](unsigned int ms) { return semaphore.Lock(ms); }, [&] { semaphore.Lock(); }, [&] { semaphore.Unlock(); }}},
-      {"event",
-       {[&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, [&] { event.WaitForSignal(); },
-        [&] { event.Set(); }}},
+  const WaitCase cases[] = {
+      {"mutex", [&](unsigned int ms) { return mutex.Lock(ms); }, [&] { mutex.Lock(), mutex.Unlock(); },
+       [&] { mutex.Unlock(); }},
+      {"semaphore", [&](unsigned int ms) { return semaphore.Lock(ms); }, [&] { semaphore.Lock(); },
+       [&] { semaphore.Unlock(); }},
+      {"event", [&](unsigned int ms) { return event.Signaled(static_cast<int>(ms)); }, [&] { event.WaitForSignal(); },
+       [&] { event.Set(); }},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.first);
-    ExpectTimedWaitEndsUntaken(c.second);
-    ExpectUntimedWaitGoesOn(c.second);
+  for (const WaitCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::atomic<int> result{-1};
+    {
+      InterruptedWorker w([&] { result = c.timed(60000) ? 1 : 0; });
+      ASSERT_TRUE(w.worker.Join(20000)) << "the call did not end the 60 s wait";
+      EXPECT_TRUE(w.call_ran);
+      EXPECT_EQ(result, 0);
+      EXPECT_EQ(w.worker.error(), "");
+    }
+    InterruptedWorker w([&] {
+      c.untimed();
+      result = 2;
+    });
+    ASSERT_TRUE(qz_test::Eventually([&] { return w.call_ran.load(); }));
+    EXPECT_FALSE(w.worker.Join(200)) << "the wait ended with the call";
+    c.release();
+    ASSERT_TRUE(w.worker.Join(20000));
+    EXPECT_EQ(result, 2);
+    EXPECT_EQ(w.worker.error(), "");
   }
 }
 

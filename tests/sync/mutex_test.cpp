@@ -9,7 +9,7 @@
 
 namespace {
 
-using qz_test::CodeOf;
+using qz_test::CodeThrownBy;
 using qz_test::UniqueName;
 using qz_test::WorkerThread;
 
@@ -17,15 +17,13 @@ using qz_test::WorkerThread;
 bool FreeForOthers(TMutex& mutex) {
   bool taken = false;
   WorkerThread([&] {
-    taken = mutex.Lock(0);
-    if (taken) mutex.Unlock();
+    if ((taken = mutex.Lock(0))) mutex.Unlock();
   }).Join(10000);
   return taken;
 }
 
 TEST(TMutex, ExcludesOtherThreadsAndIsRecursiveForTheOwner) {
   TMutex mutex;
-  EXPECT_TRUE(FreeForOthers(mutex));
   mutex.Lock();
   EXPECT_TRUE(mutex.Lock(0));
   mutex.Unlock();
@@ -34,24 +32,24 @@ TEST(TMutex, ExcludesOtherThreadsAndIsRecursiveForTheOwner) {
   EXPECT_TRUE(FreeForOthers(mutex));
 }
 
+// Taken over by a timed or an untimed Lock, as one hold.
 TEST(TMutex, AbandonedMutexIsTakenOver) {
   TMutex mutex;
-  WorkerThread([&] { mutex.Lock(); }).Join(10000);  // ends still owning it
-  EXPECT_TRUE(mutex.Lock(10000));
-  mutex.Unlock();
-  EXPECT_TRUE(FreeForOthers(mutex));
-
-  WorkerThread([&] { mutex.Lock(); }).Join(10000);
-  mutex.Lock();  // one hold, released by one Unlock
-  mutex.Unlock();
-  EXPECT_TRUE(FreeForOthers(mutex));
+  for (const unsigned int timeout : {10000u, INFINITE}) {
+    WorkerThread([&] { mutex.Lock(); }).Join(10000);  // ends still owning it
+    if (timeout == INFINITE)
+      mutex.Lock();
+    else
+      EXPECT_TRUE(mutex.Lock(timeout));
+    mutex.Unlock();
+    EXPECT_TRUE(FreeForOthers(mutex));
+  }
 }
 
 TEST(TMutex, NamedMutexIsOpenedByNameAndCopiesDuplicateIt) {
   const std::wstring name = UniqueName(L"mutex");
   TMutex named(name.c_str());
   TMutex opened(DoNotInitialize);
-  EXPECT_FALSE(opened.IsValidHandle());
   const std::string narrow(name.begin(), name.end());
   opened.OpenMutexW(narrow.c_str(), MUTEX_ALL_ACCESS);
   TLock hold(named);
@@ -67,22 +65,11 @@ TEST(TMutex, NamedMutexIsOpenedByNameAndCopiesDuplicateIt) {
 
 TEST(TMutex, FailedOpenOrUnlockWithoutOwningThrows) {
   TMutex mutex(DoNotInitialize);
-  try {
-    mutex.OpenMutexW(UniqueName(L"missing").c_str(), SYNCHRONIZE);
-    FAIL() << "opened a missing mutex";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
-  }
+  EXPECT_EQ(CodeThrownBy([&] { mutex.OpenMutexW(UniqueName(L"missing").c_str(), SYNCHRONIZE); }),
+            ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(static_cast<void*>(mutex), nullptr);
   EXPECT_THROW(mutex.Lock(0), ESystemException);
-
-  TMutex unowned;
-  try {
-    unowned.Unlock();
-    FAIL() << "released a mutex nobody owned";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_NOT_OWNER);
-  }
+  EXPECT_EQ(CodeThrownBy([] { TMutex().Unlock(); }), ERROR_NOT_OWNER);
 }
 
 }  // namespace
