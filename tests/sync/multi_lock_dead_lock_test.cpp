@@ -20,27 +20,24 @@ TEST(TMultiLockDeadLock, SecondUpgraderGetsTheErrorWithBothReadsAndTheWaiter) {
   first.Start([&] { lock.WriteLock(); });
   ASSERT_TRUE(Eventually([&] { return lock.waiting_upgraders() == 1 && lock.has_event(4); }));
 
+  const std::string status = "locked_read, " + Read(first.id()) + "," + Read(Me()) + ", 1 r->w waiters";
   try {
     lock.WriteLock();
     FAIL() << "the second upgrade was let wait";
   } catch (const EGeneric& e) {
     EXPECT_EQ(std::string(e.get_value("Text")), "Dead-lock in multilock");
-    EXPECT_EQ(std::string(e.get_value("Status")),
-              "locked_read, " + Read(first.id()) + "," + Read(Me()) + ", 1 r->w waiters");
+    EXPECT_EQ(std::string(e.get_value("Status")), status);
     EXPECT_EQ(e.values().front().first, "Status");
   }
   // The loser keeps its read; giving it up lets the first upgrader in.
   EXPECT_FALSE(first.Finished(50));
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(first.id()) + "," + Read(Me()) + ", 1 r->w waiters");
+  EXPECT_EQ(lock.GetStatusString(), status);
   lock.Unlock();
   ASSERT_TRUE(first.Finished());
   first.Rethrow();
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(first.id()) + "," + Write(first.id()));
   EXPECT_EQ(lock.waiting_upgraders(), 0);
-  ASSERT_TRUE(first.Run([&] {
-    lock.Unlock();
-    lock.Unlock();
-  }));
+  ASSERT_TRUE(first.Run([&] { Do(lock, "uu"); }));
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
 }
 
@@ -65,10 +62,7 @@ TEST(TMultiLockDeadLock, TimedUpgradeThatGivesUpNoLongerCountsAsWaiting) {
   ASSERT_TRUE(first.Finished());
   first.Rethrow();
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(first.id()) + "," + Write(first.id()));
-  ASSERT_TRUE(first.Run([&] {
-    lock.Unlock();
-    lock.Unlock();
-  }));
+  ASSERT_TRUE(first.Run([&] { Do(lock, "uu"); }));
 }
 
 }  // namespace

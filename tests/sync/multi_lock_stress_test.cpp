@@ -59,27 +59,32 @@ std::string Inconsistency(const std::string& status) {
   return "";
 }
 
-class Stress {
- public:
-  explicit Stress(TMultiLock& lock) : lock_(lock) {}
-
-  void Worker(unsigned int seed);
-  void Releaser(unsigned int seed);
-  void CheckStatus() {
-    const std::string status = lock_.GetStatusString(), wrong = Inconsistency(status);
-    if (!wrong.empty()) Fail(wrong + ": \"" + status + "\"");
-  }
-  void Fail(const std::string& what) {
-    std::lock_guard<std::mutex> hold(failures_mutex_);
-    if (failures.size() < 20) failures.push_back(what);
-  }
-
+// The lock, the threads using it and what they count. Left alive if a
+// thread never comes back, rather than freed under it.
+struct Stress {
+  TMultiLock lock;
   std::atomic<bool> stop{false}, releaser_stop{false};
   std::atomic<int> readers{0}, writers{0};
   std::atomic<long> taken{0}, released{0}, upgrades{0}, handed_over{0};
-  std::vector<std::string> failures;  // read once the threads have ended
+  std::mutex mutex;                   // guards the two below
+  std::vector<std::string> failures;
+  std::deque<bool> handed;            // independent holds (write or not) for the releaser
+  std::vector<std::unique_ptr<WorkerThread>> threads;  // the workers, then the releaser
 
- private:
+  void Fail(const std::string& what) {
+    std::lock_guard<std::mutex> hold(mutex);
+    if (failures.size() < 20) failures.push_back(what);
+  }
+  void CheckStatus() {
+    const std::string status = lock.GetStatusString(), wrong = Inconsistency(status);
+    if (!wrong.empty()) Fail(wrong + ": \"" + status + "\"");
+  }
+  // The status is `expected`; or, not `exact`, read-locked with `expected` among the holds.
+  void Expect(const std::string& expected, bool exact) {
+    const std::string s = lock.GetStatusString();
+    if (exact ? s != expected : s.compare(0, 13, "locked_read, ") != 0 || s.find(expected) == std::string::npos)
+      Fail("\"" + s + "\" for \"" + expected + "\"");
+  }
   // A hold was taken (counted) or is held; checks who else is inside.
   void Enter(bool write) {
     ++taken;
@@ -91,14 +96,8 @@ class Stress {
   }
   void Leave(bool write) { --(write ? writers : readers); }
   void Release() {
-    lock_.Unlock();
+    lock.Unlock();
     ++released;
-  }
-  // The status is `expected`; or, not `exact`, read-locked with `expected` among the holds.
-  void Expect(const std::string& expected, bool exact) {
-    const std::string s = lock_.GetStatusString();
-    if (exact ? s != expected : s.compare(0, 13, "locked_read, ") != 0 || s.find(expected) == std::string::npos)
-      Fail("\"" + s + "\" for \"" + expected + "\"");
   }
   // Runs one attempt and checks that it ended in time.
   template <class Attempt>
@@ -111,148 +110,133 @@ class Stress {
     return ok;
   }
 
-  void DoHold(bool write, unsigned int timeout, bool nested);
-  void DoUpgrade(unsigned int timeout);
-  void DoIndependent(unsigned int timeout, bool write);
+  // A read or a write, now and then with more holds nested inside it.
+  void DoHold(bool write, unsigned int timeout, bool nested) {
+    if (!Timed(timeout, [&] { return write ? lock.WriteLock(timeout) : lock.ReadLock(timeout); })) return;
+    Enter(write);
+    const std::string mine = write ? "locked_write, " + Write(Me()) : Read(Me());
+    Expect(mine, write);
+    if (nested) {
+      lock.ReadLock();
+      if (write) lock.WriteLock();
+      taken += write ? 2 : 1;
+      Expect(write ? mine + "," + Read(Me()) + "," + Write(Me()) : mine, write);
+      Release();
+      if (write) Release();
+    }
+    if (GetTickCount() % 4 == 0) SwitchToThread();
+    Leave(write);
+    Release();
+  }
 
-  TMultiLock& lock_;
-  std::mutex failures_mutex_, handed_mutex_;
-  std::deque<bool> handed_;  // independent holds (write or not) for the releaser
+  // Read, then write over the read. Another reader upgrading at the same
+  // time makes one of the two get the dead-lock error; it keeps its read.
+  void DoUpgrade(unsigned int timeout) {
+    lock.ReadLock();
+    Enter(false);
+    const std::string r = Read(Me());
+    bool upgraded = false;
+    try {
+      upgraded = Timed(timeout, [&] { return lock.WriteLock(timeout); });
+    } catch (const EGeneric& e) {
+      const std::string text = e.get_value("Text"), status = e.get_value("Status");
+      if (text != "Dead-lock in multilock" || status.find(r) == std::string::npos ||
+          status.find(" 1 r->w waiters") == std::string::npos)
+        Fail("upgrade error \"" + text + "\" with \"" + status + "\"");
+    }
+    if (upgraded) {
+      ++upgrades;
+      Leave(false);
+      Enter(true);  // a second hold, over the read
+      Expect("locked_write, " + r + "," + Write(Me()), true);
+      Leave(true);
+      Release();
+      Inside(false);  // the read is still held
+    }
+    Expect(r, false);
+    Leave(false);
+    Release();
+  }
+
+  // The hold goes to the releaser thread, which lets it go a little later.
+  void DoIndependent(unsigned int timeout, bool write) {
+    if (!Timed(timeout, [&] {
+          return write ? lock.WriteLockThreadIndependent(timeout) : lock.ReadLockThreadIndependent(timeout);
+        }))
+      return;
+    Enter(write);
+    if (write) Expect("locked_write, 0:W", true);
+    ++handed_over;
+    std::lock_guard<std::mutex> hold(mutex);
+    handed.push_back(write);
+  }
+
+  void Worker(unsigned int seed) {
+    std::mt19937 random(seed);
+    const unsigned int timeouts[] = {0, 1, 5, 20, INFINITE};
+    while (!stop) {
+      const unsigned int kind = random() % 100, timeout = timeouts[random() % 5];
+      const bool nested = random() % 3 == 0;
+      if (kind < 45)
+        DoHold(false, kind < 30 ? INFINITE : timeout, nested);
+      else if (kind < 72)
+        DoHold(true, kind < 60 ? INFINITE : timeout, nested);
+      else if (kind < 86)
+        DoUpgrade(random() % 2 ? INFINITE : timeout);
+      else
+        DoIndependent(timeout, random() % 3 == 0);
+    }
+  }
+
+  void Releaser(unsigned int seed) {
+    std::mt19937 random(seed);
+    for (;;) {
+      std::unique_lock<std::mutex> hold(mutex);
+      if (handed.empty()) {
+        hold.unlock();
+        if (releaser_stop) return;
+        Sleep(1);
+        continue;
+      }
+      const bool write = handed.front();
+      handed.pop_front();
+      hold.unlock();
+      if (random() % 4 == 0) Sleep(1);
+      Leave(write);
+      lock.UnlockThreadIndependent();
+      ++released;
+    }
+  }
 };
 
-// A read or a write, now and then with more holds nested inside it.
-void Stress::DoHold(bool write, unsigned int timeout, bool nested) {
-  if (!Timed(timeout, [&] { return write ? lock_.WriteLock(timeout) : lock_.ReadLock(timeout); })) return;
-  Enter(write);
-  const std::string mine = write ? "locked_write, " + Write(Me()) : Read(Me());
-  Expect(mine, write);
-  if (nested) {
-    lock_.ReadLock();
-    if (write) lock_.WriteLock();
-    taken += write ? 2 : 1;
-    Expect(write ? mine + "," + Read(Me()) + "," + Write(Me()) : mine, write);
-    Release();
-    if (write) Release();
-  }
-  if (GetTickCount() % 4 == 0) SwitchToThread();
-  Leave(write);
-  Release();
-}
-
-// Read, then write over the read. Another reader upgrading at the same time
-// makes one of the two get the dead-lock error; it keeps its read.
-void Stress::DoUpgrade(unsigned int timeout) {
-  lock_.ReadLock();
-  Enter(false);
-  const std::string r = Read(Me());
-  bool upgraded = false;
-  try {
-    upgraded = Timed(timeout, [&] { return lock_.WriteLock(timeout); });
-  } catch (const EGeneric& e) {
-    const std::string status = e.get_value("Status");
-    if (std::string(e.get_value("Text")) != "Dead-lock in multilock" || status.find(r) == std::string::npos ||
-        status.find(" 1 r->w waiters") == std::string::npos)
-      Fail("upgrade error \"" + std::string(e.get_value("Text")) + "\" with \"" + status + "\"");
-  }
-  if (upgraded) {
-    ++upgrades;
-    Leave(false);
-    Enter(true);  // a second hold, over the read
-    Expect("locked_write, " + r + "," + Write(Me()), true);
-    Leave(true);
-    Release();
-    Inside(false);  // the read is still held
-  }
-  Expect(r, false);
-  Leave(false);
-  Release();
-}
-
-// The hold goes to the releaser thread, which lets it go a little later.
-void Stress::DoIndependent(unsigned int timeout, bool write) {
-  if (!Timed(timeout, [&] {
-        return write ? lock_.WriteLockThreadIndependent(timeout) : lock_.ReadLockThreadIndependent(timeout);
-      }))
-    return;
-  Enter(write);
-  if (write) Expect("locked_write, 0:W", true);
-  ++handed_over;
-  std::lock_guard<std::mutex> hold(handed_mutex_);
-  handed_.push_back(write);
-}
-
-void Stress::Worker(unsigned int seed) {
-  std::mt19937 random(seed);
-  const unsigned int timeouts[] = {0, 1, 5, 20, INFINITE};
-  while (!stop) {
-    const unsigned int kind = random() % 100, timeout = timeouts[random() % 5];
-    const bool nested = random() % 3 == 0;
-    if (kind < 45)
-      DoHold(false, kind < 30 ? INFINITE : timeout, nested);
-    else if (kind < 72)
-      DoHold(true, kind < 60 ? INFINITE : timeout, nested);
-    else if (kind < 86)
-      DoUpgrade(random() % 2 ? INFINITE : timeout);
-    else
-      DoIndependent(timeout, random() % 3 == 0);
-  }
-}
-
-void Stress::Releaser(unsigned int seed) {
-  std::mt19937 random(seed);
-  for (;;) {
-    std::unique_lock<std::mutex> hold(handed_mutex_);
-    if (handed_.empty()) {
-      hold.unlock();
-      if (releaser_stop) return;
-      Sleep(1);
-      continue;
-    }
-    const bool write = handed_.front();
-    handed_.pop_front();
-    hold.unlock();
-    if (random() % 4 == 0) Sleep(1);
-    Leave(write);
-    lock_.UnlockThreadIndependent();
-    ++released;
-  }
-}
-
 TEST(TMultiLockStress, RandomMixesKeepEveryRuleAndLoseNoHold) {
-  // Left alive if a thread never comes back, rather than freed under it.
-  struct Shared {
-    TMultiLock lock;
-    Stress stress{lock};
-    std::vector<std::unique_ptr<WorkerThread>> threads;  // the workers, then the releaser
-  };
-  auto* shared = new Shared();
-  Stress& stress = shared->stress;
+  auto* stress = new Stress();
   const unsigned int seed = GetTickCount();
   std::printf("  seed %u\n", seed);
   for (int i = 0; i < kWorkers; ++i)
-    shared->threads.emplace_back(new WorkerThread([&stress, seed, i] { stress.Worker(seed + i); }));
-  shared->threads.emplace_back(new WorkerThread([&stress, seed] { stress.Releaser(seed + kWorkers); }));
+    stress->threads.emplace_back(new WorkerThread([stress, seed, i] { stress->Worker(seed + i); }));
+  stress->threads.emplace_back(new WorkerThread([stress, seed] { stress->Releaser(seed + kWorkers); }));
 
-  for (const DWORD start = GetTickCount(); GetTickCount() - start < kRunMs; Sleep(1)) stress.CheckStatus();
-  stress.stop = true;
+  for (const DWORD start = GetTickCount(); GetTickCount() - start < kRunMs; Sleep(1)) stress->CheckStatus();
+  stress->stop = true;
   const DWORD stopped = GetTickCount();
   bool all_ended = true;
   for (int i = 0; i < kWorkers; ++i) {
-    while (!shared->threads[i]->Join(10) && GetTickCount() - stopped < kEndBoundMs) stress.CheckStatus();
-    all_ended = all_ended && shared->threads[i]->Join(0);
+    while (!stress->threads[i]->Join(10) && GetTickCount() - stopped < kEndBoundMs) stress->CheckStatus();
+    all_ended = all_ended && stress->threads[i]->Join(0);
   }
-  stress.releaser_stop = true;
-  all_ended = all_ended && shared->threads[kWorkers]->Join(kEndBoundMs);
-  ASSERT_TRUE(all_ended) << "a thread is stuck: " << shared->lock.GetStatusString();
+  stress->releaser_stop = true;
+  all_ended = all_ended && stress->threads[kWorkers]->Join(kEndBoundMs);
+  ASSERT_TRUE(all_ended) << "a thread is stuck: " << stress->lock.GetStatusString();
 
-  for (const auto& thread : shared->threads) EXPECT_EQ(thread->error(), "");
-  for (const std::string& failure : stress.failures) ADD_FAILURE() << failure;
-  EXPECT_EQ(shared->lock.GetStatusString(), "not_locked");
-  EXPECT_EQ(stress.taken.load(), stress.released.load());
-  EXPECT_EQ(stress.readers.load() + stress.writers.load(), 0);
-  EXPECT_GT(stress.upgrades.load(), 0);
-  EXPECT_GT(stress.handed_over.load(), 0);
-  delete shared;
+  for (const auto& thread : stress->threads) EXPECT_EQ(thread->error(), "");
+  for (const std::string& failure : stress->failures) ADD_FAILURE() << failure;
+  EXPECT_EQ(stress->lock.GetStatusString(), "not_locked");
+  EXPECT_EQ(stress->taken.load(), stress->released.load());
+  EXPECT_EQ(stress->readers.load() + stress->writers.load(), 0);
+  EXPECT_GT(stress->upgrades.load(), 0);
+  EXPECT_GT(stress->handed_over.load(), 0);
+  delete stress;
 }
 
 }  // namespace

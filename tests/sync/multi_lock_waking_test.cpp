@@ -14,7 +14,8 @@ using namespace multi_lock_test;
 // Bits of the events, to see that a thread has come to wait.
 constexpr unsigned int kFree = 2, kSoleOwner = 4, kReadOpen = 8;
 
-// Here an independent writer; a thread's own writer waits the same way below.
+// Here an independent writer; a thread's own writer waits the same way below,
+// and an upgrader in the dead-lock tests.
 TEST(TMultiLockWaking, WaitingWriterEntersWhenTheLastReaderLeaves) {
   ProbedLock lock;
   Actor reader, writer;
@@ -28,23 +29,6 @@ TEST(TMultiLockWaking, WaitingWriterEntersWhenTheLastReaderLeaves) {
   ASSERT_TRUE(reader.Run([&] { lock.Unlock(); }));
   ASSERT_TRUE(writer.Finished());
   EXPECT_EQ(lock.GetStatusString(), "locked_write, 0:W");
-}
-
-TEST(TMultiLockWaking, UpgraderEntersWhenTheOtherReadersLeave) {
-  ProbedLock lock;
-  Actor upgrader, other;
-  ReleaseOnExit cleanup(lock);
-  ASSERT_TRUE(upgrader.Run([&] { lock.ReadLock(); }));
-  ASSERT_TRUE(other.Run([&] { lock.ReadLock(); }));
-  lock.ReadLock();
-  upgrader.Start([&] { lock.WriteLock(); });
-  ASSERT_TRUE(Eventually([&] { return lock.has_event(kSoleOwner); }));
-  lock.Unlock();
-  EXPECT_FALSE(upgrader.Finished(50));
-  ASSERT_TRUE(other.Run([&] { lock.Unlock(); }));
-  ASSERT_TRUE(upgrader.Finished());
-  EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Read(upgrader.id()) + "," + Write(upgrader.id()));
-  ASSERT_TRUE(upgrader.Run([&] { Do(lock, "uu"); }));
 }
 
 TEST(TMultiLockWaking, WaitingWritersEnterOneAfterTheOther) {
