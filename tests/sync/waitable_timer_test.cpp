@@ -69,12 +69,6 @@ TEST(TWaitableTimer, NamedTimerIsOpenedByName) {
   opened.OpenTimer(name.c_str(), TIMER_ALL_ACCESS);
   opened.SetTimer(0, 0);
   EXPECT_TRUE(Fires(named));
-
-  TWaitableTimer created(DoNotInitialize);
-  created.CreateTimer(UniqueName(L"created").c_str(), false);
-  created.SetTimer(0, 0);
-  EXPECT_TRUE(Fires(created));
-  EXPECT_FALSE(Fires(created, 0));  // auto reset
 }
 
 // Create and open report nothing when the system answers with the null
