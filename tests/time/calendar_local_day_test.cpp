@@ -26,27 +26,26 @@ TEST(TimeLocalDay, StepsThroughAYearLandOnEveryLocalMidnight) {
   EXPECT_EQ(day, _time_t::mktime(2022, 1, 1, 0, 0, 0));
 }
 
-TEST(TimeLocalDay, ShortDayOfSpringChange) {
+// The day of the spring change is 23 hours long, that of the autumn change
+// 25, and both passes through its repeated hour 02:00-03:00 belong to it.
+TEST(TimeLocalDay, DaysAroundTheChangesInBerlin) {
   SKIP_UNLESS_BERLIN_ZONE();
-  const _time_t noon(1616925600);  // 2021-03-28 12:00 CEST
-  EXPECT_EQ(static_cast<__int64>(noon.trunc2localday()), 1616886000);  // 00:00 CET
-  EXPECT_EQ(static_cast<__int64>(noon.nextlocalday()), 1616968800);    // 03-29 00:00 CEST, 23 h later
-  EXPECT_EQ(static_cast<__int64>(noon.prevlocalday()), 1616799600);    // 03-27 00:00 CET
-  EXPECT_EQ(static_cast<__int64>(_time_t(1617012000).prevlocalday()), 1616886000);  // from 03-29 noon
-  EXPECT_EQ(static_cast<__int64>(_time_t(1616842800).nextlocalday()), 1616886000);  // from 03-27 noon
-}
-
-TEST(TimeLocalDay, LongDayOfAutumnChange) {
-  SKIP_UNLESS_BERLIN_ZONE();
-  const _time_t noon(1635678000);  // 2021-10-31 12:00 CET
-  EXPECT_EQ(static_cast<__int64>(noon.trunc2localday()), 1635631200);  // 00:00 CEST
-  EXPECT_EQ(static_cast<__int64>(noon.nextlocalday()), 1635721200);    // 11-01 00:00 CET, 25 h later
-  EXPECT_EQ(static_cast<__int64>(noon.prevlocalday()), 1635544800);    // 10-30 00:00 CEST
-  EXPECT_EQ(static_cast<__int64>(_time_t(1635764400).prevlocalday()), 1635631200);  // from 11-01 noon
-  // Both passes through the repeated hour 02:00-03:00 belong to the same day.
-  for (__int64 t : {1635638400LL, 1635642000LL}) {
-    EXPECT_EQ(static_cast<__int64>(_time_t(t).trunc2localday()), 1635631200);
-    EXPECT_EQ(static_cast<__int64>(_time_t(t).nextlocalday()), 1635721200);
+  const struct {
+    __int64 t, day, next, prev;
+  } cases[] = {
+      {1616842800, 1616799600, 1616886000, 1616713200},  // 2021-03-27 12:00 CET
+      {1616925600, 1616886000, 1616968800, 1616799600},  // 2021-03-28 12:00 CEST
+      {1617012000, 1616968800, 1617055200, 1616886000},  // 2021-03-29 12:00 CEST
+      {1635638400, 1635631200, 1635721200, 1635544800},  // 2021-10-31 02:00 CEST
+      {1635642000, 1635631200, 1635721200, 1635544800},  // 2021-10-31 02:00 CET
+      {1635678000, 1635631200, 1635721200, 1635544800},  // 2021-10-31 12:00 CET
+      {1635764400, 1635721200, 1635807600, 1635631200},  // 2021-11-01 12:00 CET
+  };
+  for (const auto& c : cases) {
+    const _time_t t(c.t);
+    EXPECT_EQ(static_cast<__int64>(t.trunc2localday()), c.day) << c.t;
+    EXPECT_EQ(static_cast<__int64>(t.nextlocalday()), c.next) << c.t;
+    EXPECT_EQ(static_cast<__int64>(t.prevlocalday()), c.prev) << c.t;
   }
 }
 

@@ -29,12 +29,12 @@ TEST(TimeValue, MkgmtimeConvertsUtcFieldsAndNormalisesTheCallersStructure) {
   EXPECT_EQ(_time_t::mkgmtime(static_cast<const tm*>(nullptr)), _time_t::invalid);
 }
 
-// Every local producer applies the zone with its daylight saving; the tm
-// forms normalise the caller's structure in place.
+// The local producers apply the zone with its daylight saving; the tm forms
+// normalise the caller's structure in place (assignment from a tm forwards to
+// them).
 TEST(TimeValue, LocalProducersApplyTheZoneAndNormaliseTheTmInPlace) {
   SKIP_UNLESS_BERLIN_ZONE();
-  EXPECT_EQ(static_cast<__int64>(_time_t::mktime(2021, 1, 1, 0, 0, 0)), 1609455600);   // CET
-  EXPECT_EQ(static_cast<__int64>(_time_t::mktime(2021, 7, 1, 12, 0, 0)), 1625133600);  // CEST
+  EXPECT_EQ(static_cast<__int64>(_time_t::mktime(2021, 1, 1, 0, 0, 0)), 1609455600);  // CET
   tm january32nd = fields(2021, 1, 32, 12, 0, 0);
   EXPECT_EQ(static_cast<__int64>(_time_t(january32nd)), 1612177200);  // 2021-02-01 12:00 CET
   EXPECT_EQ(january32nd.tm_mon, 1);
@@ -43,14 +43,7 @@ TEST(TimeValue, LocalProducersApplyTheZoneAndNormaliseTheTmInPlace) {
   tm summer = fields(2021, 7, 1, 12, 0, 0);
   EXPECT_EQ(static_cast<__int64>(_time_t(&summer)), 1625133600);
   EXPECT_EQ(summer.tm_isdst, 1);
-  _time_t assigned;
-  assigned = fields(2021, 7, 1, 12, 0, 0);
-  EXPECT_EQ(static_cast<__int64>(assigned), 1625133600);
-  tm winter = fields(2021, 1, 1, 0, 0, 0);
-  assigned = &winter;
-  EXPECT_EQ(static_cast<__int64>(assigned), 1609455600);
-  assigned = static_cast<const tm*>(nullptr);
-  EXPECT_EQ(assigned, _time_t::invalid);
+  EXPECT_EQ(_time_t(static_cast<const tm*>(nullptr)), _time_t::invalid);
 }
 
 }  // namespace

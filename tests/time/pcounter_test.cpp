@@ -4,14 +4,12 @@
 
 namespace {
 
-TEST(PerformanceCounter, FrequencyIsReadAtLoad) {
+// Seconds are ticks over the frequency read at load.
+TEST(PerformanceCounter, ConsecutiveLapsAddUpToTheWholeAndSecondsFollowTheTicks) {
   LARGE_INTEGER frequency;
   QueryPerformanceFrequency(&frequency);
   EXPECT_EQ(_PerformanceCounterFrequency.QuadPart, frequency.QuadPart);
   EXPECT_EQ(_pcounter_t::frequency, static_cast<double>(frequency.QuadPart));
-}
-
-TEST(PerformanceCounter, ConsecutiveLapsAddUpToTheWholeAndSecondsFollowTheTicks) {
   _pcounter_t watch;
   const _pcounter_t start = watch;
   Sleep(2);
