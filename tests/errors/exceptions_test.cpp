@@ -102,38 +102,28 @@ TEST(ENotImplemented, NamesTheSourceLocation) {
   EXPECT_STREQ(EPurecallException().what(), "Purecall");
 }
 
-// Built by hand, so no dumps; real faults and their values are in
+// Built by hand, so no dumps; real faults and their texts are in
 // structured_exceptions_test.cpp.
+EStructuredException Built(DWORD code, const std::vector<ULONG_PTR>& parameters) {
+  EXCEPTION_RECORD record = {};
+  record.ExceptionCode = code;
+  for (ULONG_PTR parameter : parameters) record.ExceptionInformation[record.NumberParameters++] = parameter;
+  EXCEPTION_POINTERS pointers = {&record, nullptr};
+  return EStructuredException(code, &pointers, 0);
+}
+
 TEST(EStructuredException, TextsOfCodesAndParameterNames) {
   qz_test::ScopedSetting<bool> no_dumps(SaveMiniDumpOnStructuredException, false);
-  struct Case {
-    DWORD code;
-    std::vector<ULONG_PTR> parameters;
-    const char* text;
-  };
-  const Case cases[] = {
-      {EXCEPTION_ACCESS_VIOLATION, {1, 0xdeadbeef00ull}, "Access Violation (write to 0xdeadbeef00)"},
-      {0xC0000092, {}, "FPU Error"},
-      {0xC0000097, {}, "<none>"},  // unknown codes have no text
-  };
-  for (const Case& c : cases) {
-    EXCEPTION_RECORD record = {};
-    record.ExceptionCode = c.code;
-    for (ULONG_PTR parameter : c.parameters) record.ExceptionInformation[record.NumberParameters++] = parameter;
-    EXCEPTION_POINTERS pointers = {&record, nullptr};
-    EStructuredException e(c.code, &pointers, 0);
-    EXPECT_EQ(TextOf(e, "Text"), c.text) << std::hex << c.code;
-    EXPECT_EQ(qz_test::CodeOf(e), static_cast<int>(c.code));
-  }
+  const EStructuredException high = Built(EXCEPTION_ACCESS_VIOLATION, {1, 0xdeadbeef00ull});
+  EXPECT_EQ(TextOf(high, "Text"), "Access Violation (write to 0xdeadbeef00)");
+  const EStructuredException unknown = Built(0xC0000097, {});
+  EXPECT_EQ(TextOf(unknown, "Text"), "<none>");  // unknown codes have no text
+  EXPECT_EQ(qz_test::CodeOf(unknown), static_cast<int>(0xC0000097));
   // Parameter names run on past the digits.
-  EXCEPTION_RECORD record = {};
-  record.NumberParameters = 12;
-  for (ULONG_PTR i = 0; i < 12; ++i) record.ExceptionInformation[i] = i;
-  EXCEPTION_POINTERS pointers = {&record, nullptr};
-  EStructuredException e(0xE0000001, &pointers, 0);
-  EXPECT_EQ(static_cast<int>(e.get_value("Parameter9")), 9);
-  EXPECT_EQ(static_cast<int>(e.get_value("Parameter:")), 10);
-  EXPECT_EQ(static_cast<int>(e.get_value("Parameter;")), 11);
+  const EStructuredException many = Built(0xE0000001, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+  EXPECT_EQ(static_cast<int>(many.get_value("Parameter9")), 9);
+  EXPECT_EQ(static_cast<int>(many.get_value("Parameter:")), 10);
+  EXPECT_EQ(static_cast<int>(many.get_value("Parameter;")), 11);
 }
 
 }  // namespace
