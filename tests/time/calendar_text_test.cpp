@@ -7,9 +7,11 @@
 namespace {
 
 // Values the runtime cannot show (invalid, before the epoch) give the
-// placeholder.
+// placeholder; only -1 is invalid.
 TEST(TimeText, CtimeIsLocalWithoutTrailingNewlineOrThePlaceholder) {
+  EXPECT_FALSE(_time_t(-1).valid());
   EXPECT_EQ(_time_t::invalid.ctime(), "<invalid time>");
+  EXPECT_TRUE(_time_t(-2).valid());
   EXPECT_EQ(_time_t(-2).ctime(), "<invalid time>");
   SKIP_UNLESS_BERLIN_ZONE();
   EXPECT_EQ(_time_t(1616893199).ctime(), "Sun Mar 28 01:59:59 2021");

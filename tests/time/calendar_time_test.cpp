@@ -13,12 +13,6 @@ tm fields(int year, int month, int day, int hour, int minute, int second) {
   return tm{second, minute, hour, day, month - 1, year - 1900, 0, 0, -1};  // daylight saving unknown
 }
 
-TEST(TimeValue, OnlyMinusOneIsInvalid) {
-  EXPECT_EQ(static_cast<__int64>(_time_t::invalid), -1);
-  EXPECT_FALSE(_time_t(-1).valid());
-  EXPECT_TRUE(_time_t(-2).valid());
-}
-
 TEST(TimeValue, MkgmtimeConvertsUtcFieldsAndNormalisesTheCallersStructure) {
   EXPECT_EQ(static_cast<__int64>(_time_t::mkgmtime(fields(2020, 1, 2, 3, 4, 5))), kJan2nd2020);
   tm overflowing = fields(2019, 13, 2, 3, 4, 5);  // month 13 is January of the next year
