@@ -1,3 +1,5 @@
+// What a thrown or built exception learns of where it came from, stacks and
+// the snapshot of every thread.
 #include <qz/errors/exceptions.h>
 #include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
@@ -8,10 +10,9 @@
 
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
 #include <atomic>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -53,13 +54,57 @@ TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltItOnlyWhenA
   } catch (const EGeneric& e) {
     EXPECT_EQ(NamesOf(e), "ModuleName,AddressName,Stack,");
     EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
-    EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "throw_extended+")) << TextOf(e, "AddressName");
-    EXPECT_NE(TextOf(e, "AddressName").find("[debug_information_test.cpp#"), std::string::npos);
-    EXPECT_TRUE(StartsWith(TextOf(e, "Stack"), "\n-> " + TextOf(e, "AddressName") + "\n-> "))
-        << TextOf(e, "Stack");
+    const std::string name = TextOf(e, "AddressName");
+    EXPECT_TRUE(StartsWith(name, "throw_extended+")) << name;
+    EXPECT_NE(name.find("[debug_information_test.cpp#"), std::string::npos);
+    EXPECT_TRUE(StartsWith(TextOf(e, "Stack"), "\n-> " + name + "\n-> ")) << TextOf(e, "Stack");
   }
   ScopedSetting<bool> plain(ExtendDebugInformationFromException, false);
   EXPECT_TRUE(EGeneric(true).values().empty());
+}
+
+__attribute__((noinline)) void ThrowFromDeepInside() { throw EGeneric({"Text", "deep"}); }
+void (*volatile throw_from_deep_inside)() = &ThrowFromDeepInside;
+
+// Caught in a caller of its own: what the exception carries is of the throw.
+__attribute__((noinline)) EGeneric CaughtFarAway() {
+  try {
+    throw_from_deep_inside();
+  } catch (const EGeneric& e) {
+    return e;
+  }
+  return EGeneric();
+}
+
+TEST_F(DebugInformationTest, TheHandlerGivesAThrownEGenericTheLocationAndStackOfItsThrowWhileUseVEHIsSet) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
+  {
+    const EGeneric e = CaughtFarAway();
+    EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
+    EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "ThrowFromDeepInside+")) << TextOf(e, "AddressName");
+    const std::string stack = TextOf(e, "Stack");
+    EXPECT_TRUE(StartsWith(stack, "\n-> ThrowFromDeepInside+")) << stack;
+    EXPECT_NE(stack.find("\n-> CaughtFarAway+"), std::string::npos) << stack;
+    EXPECT_EQ(e.values().back().first, "Stack");
+  }
+  ScopedSetting<bool> handler_off(UseVEH, false);
+  const EGeneric e = CaughtFarAway();
+  EXPECT_EQ(TextOf(e, "Stack") + TextOf(e, "ModuleName") + TextOf(e, "AddressName"), "<none><none><none>");
+}
+
+// An object whose text cannot be had: reading it throws.
+struct Unprintable : SmartPtrObj {
+  std::string ToString() const override { throw std::runtime_error("no text"); }
+};
+
+TEST_F(DebugInformationTest, TheHandlerSwallowsItsOwnErrorsAndLeavesTheExceptionAsItWas) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
+  try {  // the handler's look at "Stack" throws inside the handler itself
+    throw EGeneric({"Text", "outer"}, {"Stack", _value_t(new Unprintable)});
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(NamesOf(e), "Text,Stack,");
+    EXPECT_EQ(TextOf(e, "Text"), "outer");
+  }
 }
 
 __attribute__((noinline)) EStructuredException fault_at_captured_context() {

@@ -1,8 +1,10 @@
+#include <qz/core/com_types.h>
 #include <qz/errors/exceptions.h>
 #include <qz/errors/throw.h>
 #include <qz/errors/tuning.h>
 
 #include "errors/errors_test_support.h"
+#include "support/error_code.h"
 #include "support/scoped_setting.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +22,7 @@ using errors_test::TextOf;
 TEST(ESystemException, CarriesCodeAndTheSystemTextWithoutTrailingLineBreakThenCallerPairs) {
   ESystemException e(ERROR_ACCESS_DENIED);
   EXPECT_EQ(NamesOf(e), "Code,Text,");
-  EXPECT_EQ(static_cast<int>(e.get_value("Code")), 5);
+  EXPECT_EQ(qz_test::CodeOf(e), 5);
   const std::string text = TextOf(e, "Text");
   EXPECT_FALSE(text.empty());
   EXPECT_NE(text.back(), '\n');
@@ -29,15 +31,8 @@ TEST(ESystemException, CarriesCodeAndTheSystemTextWithoutTrailingLineBreakThenCa
   ESystemException unknown(0x7ffffff0, {"File", "a.txt"});  // empty text, caller pairs follow
   EXPECT_EQ(NamesOf(unknown), "Code,Text,File,");
   EXPECT_EQ(TextOf(unknown, "Text"), "");
-}
-
-TEST(ThrowSystemException, UsesTheThreadsLastError) {
-  SetLastError(ERROR_FILE_NOT_FOUND);
-  try {
-    ThrowSystemException();
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(static_cast<int>(e.get_value("Code")), ERROR_FILE_NOT_FOUND);
-  }
+  SetLastError(ERROR_FILE_NOT_FOUND);  // ThrowSystemException takes the thread's last error
+  EXPECT_EQ(qz_test::CodeThrownBy([] { ThrowSystemException(); }), ERROR_FILE_NOT_FOUND);
 }
 
 TEST(ERuntimeException, PutsTheRuntimeTextAfterTheCallersPairs) {
@@ -48,7 +43,7 @@ TEST(ERuntimeException, PutsTheRuntimeTextAfterTheCallersPairs) {
 
 TEST(EComException, FromAnHresultWithoutErrorInfoOrAComError) {
   EComException e(static_cast<long>(0x80004005), nullptr);
-  EXPECT_EQ(static_cast<int>(e.get_value("Code")), -2147467259);
+  EXPECT_EQ(qz_test::CodeOf(e), -2147467259);
   EXPECT_EQ(TextOf(e, "HRESULT"), "80004005");
   EXPECT_EQ(NamesOf(e).rfind("Code,HRESULT,", 0), 0u);
   EComException from_com_error(_com_error(E_POINTER));
@@ -61,32 +56,14 @@ TEST(EComException, FromAnHresultWithoutErrorInfoOrAComError) {
 class FakeErrorInfo : public IErrorInfo {
  public:
   ULONG refs = 1;
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
-    *out = nullptr;
-    return E_NOINTERFACE;
-  }
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override { return *out = nullptr, E_NOINTERFACE; }
   ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
   ULONG STDMETHODCALLTYPE Release() override { return --refs; }
-  HRESULT STDMETHODCALLTYPE GetGUID(GUID* guid) override {
-    *guid = GUID();
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetSource(BSTR* text) override {
-    *text = SysAllocString(L"Demo.Component");
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetDescription(BSTR* text) override {
-    *text = SysAllocString(L"the widget broke");
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetHelpFile(BSTR* text) override {
-    *text = nullptr;
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetHelpContext(DWORD* context) override {
-    *context = 0;
-    return E_NOTIMPL;
-  }
+  HRESULT STDMETHODCALLTYPE GetGUID(GUID* guid) override { return *guid = GUID(), S_OK; }
+  HRESULT STDMETHODCALLTYPE GetSource(BSTR* text) override { return *text = SysAllocString(L"Demo.Component"), S_OK; }
+  HRESULT STDMETHODCALLTYPE GetDescription(BSTR* text) override { return *text = SysAllocString(L"it broke"), S_OK; }
+  HRESULT STDMETHODCALLTYPE GetHelpFile(BSTR* text) override { return *text = nullptr, E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetHelpContext(DWORD* context) override { return *context = 0, E_NOTIMPL; }
 };
 
 TEST(EComException, ErrorInfoAddsDescriptionAndSourceAndIsReleasedByTheThrower) {
@@ -95,7 +72,7 @@ TEST(EComException, ErrorInfoAddsDescriptionAndSourceAndIsReleasedByTheThrower) 
   try {
     throw_EGeneric_from_com_error(E_INVALIDARG, &info);
   } catch (const EComException& e) {
-    EXPECT_EQ(TextOf(e, "Description"), "the widget broke");
+    EXPECT_EQ(TextOf(e, "Description"), "it broke");
     EXPECT_EQ(TextOf(e, "Source"), "Demo.Component");
     EXPECT_EQ(TextOf(e, "HRESULT"), "80070057");
   }
@@ -126,39 +103,61 @@ TEST(ENotImplemented, NamesTheSourceLocation) {
   EXPECT_STREQ(EPurecallException().what(), "Purecall");
 }
 
-// Built by hand, so no dumps; real faults and their values are in
+// Built by hand, so no dumps; real faults and their texts are in
 // structured_exceptions_test.cpp.
+EStructuredException Built(DWORD code, const std::vector<ULONG_PTR>& parameters) {
+  EXCEPTION_RECORD record = {};
+  record.ExceptionCode = code;
+  for (ULONG_PTR parameter : parameters) record.ExceptionInformation[record.NumberParameters++] = parameter;
+  EXCEPTION_POINTERS pointers = {&record, nullptr};
+  return EStructuredException(code, &pointers, 0);
+}
+
 TEST(EStructuredException, TextsOfCodesAndParameterNames) {
   qz_test::ScopedSetting<bool> no_dumps(SaveMiniDumpOnStructuredException, false);
-  struct Case {
-    DWORD code;
-    std::vector<ULONG_PTR> parameters;
-    const char* text;
-  };
-  const Case cases[] = {
-      {EXCEPTION_ACCESS_VIOLATION, {1, 0xdeadbeef00ull}, "Access Violation (write to 0xdeadbeef00)"},
-      {EXCEPTION_STACK_OVERFLOW, {}, "Stack Overflow"},
-      {0xC0000092, {}, "FPU Error"},
-      {0xC0000097, {}, "<none>"},  // unknown codes have no text
-  };
-  for (const Case& c : cases) {
-    EXCEPTION_RECORD record = {};
-    record.ExceptionCode = c.code;
-    for (ULONG_PTR parameter : c.parameters) record.ExceptionInformation[record.NumberParameters++] = parameter;
-    EXCEPTION_POINTERS pointers = {&record, nullptr};
-    EStructuredException e(c.code, &pointers, 0);
-    EXPECT_EQ(TextOf(e, "Text"), c.text) << std::hex << c.code;
-    EXPECT_EQ(static_cast<int>(e.get_value("Code")), static_cast<int>(c.code));
-  }
+  const EStructuredException high = Built(EXCEPTION_ACCESS_VIOLATION, {1, 0xdeadbeef00ull});
+  EXPECT_EQ(TextOf(high, "Text"), "Access Violation (write to 0xdeadbeef00)");
+  const EStructuredException unknown = Built(0xC0000097, {});
+  EXPECT_EQ(TextOf(unknown, "Text"), "<none>");  // unknown codes have no text
+  EXPECT_EQ(qz_test::CodeOf(unknown), static_cast<int>(0xC0000097));
   // Parameter names run on past the digits.
-  EXCEPTION_RECORD record = {};
-  record.NumberParameters = 12;
-  for (ULONG_PTR i = 0; i < 12; ++i) record.ExceptionInformation[i] = i;
-  EXCEPTION_POINTERS pointers = {&record, nullptr};
-  EStructuredException e(0xE0000001, &pointers, 0);
-  EXPECT_EQ(static_cast<int>(e.get_value("Parameter9")), 9);
-  EXPECT_EQ(static_cast<int>(e.get_value("Parameter:")), 10);
-  EXPECT_EQ(static_cast<int>(e.get_value("Parameter;")), 11);
+  const EStructuredException many = Built(0xE0000001, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+  EXPECT_EQ(static_cast<int>(many.get_value("Parameter9")), 9);
+  EXPECT_EQ(static_cast<int>(many.get_value("Parameter:")), 10);
+  EXPECT_EQ(static_cast<int>(many.get_value("Parameter;")), 11);
+}
+
+TEST(ComSupport, BstrConvertsBetweenNarrowAndWideText) {
+  _bstr_t text("caf\xE9");  // narrow, ANSI code page
+  EXPECT_EQ(text.length(), 4u);
+  const char* narrow = text;  // back through ConvertBSTRToString
+  EXPECT_STREQ(narrow, "caf\xE9");
+  EXPECT_EQ(static_cast<const wchar_t*>(_bstr_t(L"x")), std::wstring(L"x"));
+  const char* none = nullptr;
+  EXPECT_EQ(static_cast<const wchar_t*>(_bstr_t(none)), nullptr);
+}
+
+TEST(ComSupport, FailedHresultsBecomeComExceptions) {
+  try {
+    _com_issue_error(E_ACCESSDENIED);
+    FAIL();
+  } catch (const EComException& e) {
+    EXPECT_EQ(static_cast<int>(e.get_value("Code")), static_cast<int>(E_ACCESSDENIED));
+  }
+  EXPECT_THROW(_com_issue_errorex(E_FAIL, nullptr, IID_IUnknown), EComException);
+  EXPECT_THROW(_com_util::CheckError(E_OUTOFMEMORY), EComException);
+}
+
+// The switches are data imported from qz.dll, and their default texts are
+// read by the crash-dump code: a typo or a missing export shows here. The
+// dump defaults of faults and of the file name are where dumps are tested.
+TEST(TuningGlobals, AreImportedWithTheirDefaults) {
+  EXPECT_TRUE(UseVEH);
+  EXPECT_EQ(SkipModulesForError, "kernel32;ntdll;nt;qz;MSVCR90D;MSVCR90;MSVCP90D;MSVCP90;KERNELBASE");
+  EXPECT_FALSE(SaveMiniDumpOnCppException);
+  EXPECT_FALSE(ExtendDebugInformationFromException);
+  EXPECT_EQ(MiniDumpType, 0u);
+  EXPECT_EQ(MiniDumpExcludedTypes, "EThreadInterrupt;EStructuredException;C++");
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+// Dump files: their paths, the dump of no fault, and the dumps the handler
+// writes at a throw. A fault's dump is in structured_exceptions_test.cpp.
 #include <qz/errors/exceptions.h>
 #include <qz/errors/minidump.h>
 #include <qz/errors/symbols.h>
@@ -18,15 +20,14 @@ namespace {
 using errors_test::FileExists;
 using errors_test::IsDump;
 using errors_test::NamedAsADumpOf;
+using errors_test::TextOf;
 using qz_test::ScopedSetting;
 
 TEST(MiniDumpPath, WordsPatternAndDirectory) {
   EXPECT_EQ(minidump_path::file_name_word("a<b>c:d::e"), "abcde");
-  EXPECT_EQ(minidump_path::type_word("std::runtime_error"), "runtime_error");
   EXPECT_EQ(minidump_path::type_word("class std::bad_alloc"), "bad_alloc");
   EXPECT_EQ(minidump_path::type_word("app::std::thing"), "app::std::thing");
   EXPECT_EQ(minidump_path::code_word(0xC0000005), "C0000005");
-  EXPECT_EQ(minidump_path::code_word(0x80000003), "80000003");
 
   SYSTEMTIME time = {};
   time.wYear = 2024, time.wMonth = 1, time.wDay = 31, time.wHour = 23, time.wMinute = 59;
@@ -35,19 +36,25 @@ TEST(MiniDumpPath, WordsPatternAndDirectory) {
             "Dumps\\app_C0000005_2024_01_31_23_59_58_007.dmp");
   EXPECT_EQ(minidump_path::compose(nullptr, "app", "Dump", time), "");
 
-  EXPECT_EQ(minidump_path::directory_of("Dumps\\app.dmp"), "Dumps");
   EXPECT_EQ(minidump_path::directory_of("a\\b\\c.dmp"), "a\\b");
   EXPECT_EQ(minidump_path::directory_of("app.dmp"), "");
+}
+
+// The dump files under "Dumps" of the current directory.
+int DumpCount() {
+  int count = 0;
+  WIN32_FIND_DATAA found;
+  HANDLE search = FindFirstFileA("Dumps\\*.dmp", &found);
+  if (search == INVALID_HANDLE_VALUE) return 0;
+  do ++count;
+  while (FindNextFileA(search, &found));
+  FindClose(search);
+  return count;
 }
 
 // Every test leaves the folder as it found it.
 class MiniDumpTest : public errors_test::SymbolEngineTest {
  protected:
-  // A thrown EGeneric exposes its "MiniDump" so that cancel_minidump can run.
-  struct Carrier : EGeneric {
-    explicit Carrier(const std::string& path) { put_value("MiniDump", path); }
-  };
-
   errors_test::DumpDirectory directory_;
 };
 
@@ -56,33 +63,13 @@ TEST_F(MiniDumpTest, ADumpWithoutAFaultIsNamedAfterTheCaller) {
   EXPECT_TRUE(NamedAsADumpOf(path, "qz_errors_tests_Dump")) << path;
   EXPECT_TRUE(IsDump(path));
 
-  Carrier carrier(path);
+  // cancel_minidump deletes the file and the entry, and leaves the rest.
+  EGeneric carrier({"Text", "crash"}, {"MiniDump", path}, {"Code", 1});
   carrier.cancel_minidump();
   EXPECT_FALSE(FileExists(path));
-  EXPECT_TRUE(carrier.values().empty());
-}
-
-// At a throw, the dump takes the thrown EGeneric's own "ModuleName" and its
-// type for the kind word; "<", ">" and ":" are taken out.
-std::string thrown_dump;
-
-LONG CALLBACK dump_at_throw(EXCEPTION_POINTERS* pointers) {
-  if (pointers->ExceptionRecord->ExceptionCode == 0x20474343 && thrown_dump.empty())
-    thrown_dump = EGeneric::SaveMiniDump(pointers, 0, GetCurrentThreadId());
-  return EXCEPTION_CONTINUE_SEARCH;
-}
-
-TEST_F(MiniDumpTest, AThrownEGenericNamesItsModuleAndType) {
-  thrown_dump.clear();
-  void* handler = AddVectoredExceptionHandler(1, &dump_at_throw);
-  try {
-    throw EGeneric({"ModuleName", "plug<in>:x"});
-  } catch (const EGeneric&) {
-  }
-  RemoveVectoredExceptionHandler(handler);
-  EXPECT_TRUE(NamedAsADumpOf(thrown_dump, "pluginx_EGeneric")) << thrown_dump;
-  EXPECT_TRUE(IsDump(thrown_dump));
-  DeleteFileA(thrown_dump.c_str());
+  EXPECT_EQ(errors_test::NamesOf(carrier), "Text,Code,");
+  carrier.cancel_minidump();  // nothing left to cancel
+  EXPECT_EQ(errors_test::NamesOf(carrier), "Text,Code,");
 }
 
 TEST_F(MiniDumpTest, AnUncreatableFolderGivesNoDumpAndNoValue) {
@@ -98,6 +85,38 @@ TEST_F(MiniDumpTest, AnUncreatableFolderGivesNoDumpAndNoValue) {
   EStructuredException fault(EXCEPTION_INT_DIVIDE_BY_ZERO, &pointers, GetCurrentThreadId());
   EXPECT_TRUE(fault.get_value("MiniDump").empty());
   EXPECT_FALSE(WriteMiniDump("NoSuchFolder\\x.dmp", nullptr, 0, GetCurrentThreadId()));
+}
+
+// The dump takes the thrown EGeneric's own "ModuleName" and its type for the
+// kind word, with "<", ">" and ":" taken out; a rethrow writes no second one.
+TEST_F(MiniDumpTest, AThrowWritesADumpWhenAskedAndTheExceptionCarriesItsPath) {
+  ScopedSetting<bool> dumps(SaveMiniDumpOnCppException, true);
+  const int before = DumpCount();
+  try {
+    try {
+      throw EGeneric({"ModuleName", "plug<in>:x"});
+    } catch (const EGeneric&) {
+      throw;
+    }
+  } catch (EGeneric& e) {
+    const std::string path = TextOf(e, "MiniDump");
+    EXPECT_TRUE(NamedAsADumpOf(path, "pluginx_EGeneric")) << path;
+    EXPECT_TRUE(IsDump(path));
+    EXPECT_EQ(DumpCount(), before + 1);
+    e.cancel_minidump();
+    EXPECT_FALSE(FileExists(path));
+  }
+}
+
+TEST_F(MiniDumpTest, ExcludedKindsAndInterruptionsNeverWriteADump) {
+  ScopedSetting<bool> dumps(SaveMiniDumpOnCppException, true);
+  // A plain substring search: "EGeneric" lies inside "EGenericWrapper".
+  ScopedSetting<std::string> excluded(MiniDumpExcludedTypes, "EThreadInterrupt;EGenericWrapperX");
+  const int before = DumpCount();
+  EXPECT_THROW(throw EThreadInterrupt(), EThreadInterrupt);
+  EXPECT_THROW(throw EStructuredException(), EStructuredException);
+  EXPECT_THROW(throw EGeneric({"Text", "excluded"}), EGeneric);
+  EXPECT_EQ(DumpCount(), before);
 }
 
 }  // namespace

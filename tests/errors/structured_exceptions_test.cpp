@@ -1,11 +1,13 @@
 // Processor faults arriving as EStructuredException and
-// EStackOverflowException on threads that translate them.
+// EStackOverflowException on threads that translate them, and the dump a
+// fault writes.
 #include <qz/errors/exceptions.h>
 #include <qz/errors/structured_exceptions.h>
 #include <qz/errors/tuning.h>
 
-#include "errors/fault_test_support.h"
+#include "errors/errors_test_support.h"
 #include "support/error_code.h"
+#include "support/scoped_setting.h"
 #include "support/test_threads.h"
 
 #include <gtest/gtest.h>
@@ -14,40 +16,87 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace {
 
-using fault_test::FaultFunction;
-using fault_test::NoDumps;
+using errors_test::TextOf;
 
+// Every fault happens in a function of its own, called through a volatile
+// pointer: the compiler can then neither prove the call free of exceptions
+// (and drop the catch around it) nor fold the fault away.
+__attribute__((noinline)) int ReadAt(std::uintptr_t address) { return *reinterpret_cast<volatile int*>(address); }
+__attribute__((noinline)) int WriteAt(std::uintptr_t address) {
+  *reinterpret_cast<volatile int*>(address) = 1;
+  return 0;
+}
+__attribute__((noinline)) int DivideBy(std::uintptr_t divisor) {
+  volatile int dividend = 7;
+  return dividend / static_cast<int>(divisor);
+}
+using FaultFunction = int (*)(std::uintptr_t);
+FaultFunction volatile read_at = &ReadAt, write_at = &WriteAt, divide_by = &DivideBy;
+
+// Recursions until the stack runs out: with a small frame, and with one
+// above a page, whose stack the runtime's stack-check helper probes before
+// the function's body runs.
+__attribute__((noinline)) int RecurseSmall(int depth) {
+  int (*volatile next)(int) = &RecurseSmall;
+  return next(depth + 1) + depth;
+}
+__attribute__((noinline)) int RecurseLarge(int depth) {
+  volatile char frame[8192];
+  frame[depth % 8192] = static_cast<char>(depth);
+  int (*volatile next)(int) = &RecurseLarge;
+  return next(depth + 1) + frame[0];
+}
+
+// Test set-up for an overflow under Wine, which otherwise raises it with no
+// stack left to handle it: a guard page 128 KB above the bottom of the
+// calling thread's stack, from which Wine grows the stack page by page and
+// raises the overflow with the thread's guarantee still free. Call again
+// after ResetStack() before the next overflow. Does nothing on Windows.
+void ArmStackGuardPage() {
+  if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) return;
+  MEMORY_BASIC_INFORMATION info;
+  VirtualQuery(&info, &info, sizeof info);
+  DWORD old;
+  VirtualProtect(static_cast<char*>(info.AllocationBase) + 128 * 1024, 4096, PAGE_READWRITE | PAGE_GUARD, &old);
+}
+
+// Overflows the calling thread's stack; the caught exception's "Text" and
+// "Code".
+std::string OverflowStack(int (*recurse)(int) = &RecurseSmall) {
+  ArmStackGuardPage();
+  try {
+    recurse(0);
+  } catch (const EStackOverflowException& e) {
+    return TextOf(e, "Text") + " " + std::to_string(static_cast<int>(e.get_value("Code")));
+  }
+  return "no exception";
+}
+
+// Crash dumps off while it lives: a dump costs seconds under Wine.
+struct NoDumps : qz_test::ScopedSetting<bool> {
+  NoDumps() : ScopedSetting(SaveMiniDumpOnStructuredException, false) {}
+};
+
+// A fault's values but "Address", which goes between the head and the tail.
 struct FaultCase {
   const char* name;
   FaultFunction volatile* function;
   std::uintptr_t argument;
-  const char* text;
-  int code;
-  std::vector<int> parameters;
+  const char* head;
+  const char* tail;
 };
-
-using fault_test::divide_by;
-using fault_test::read_at;
-using fault_test::write_at;
-const int kAccessViolation = -1073741819;  // 0xC0000005
-
 const FaultCase kFaults[] = {
-    {"read", &read_at, 0x10, "Access Violation (read from 0x10)", kAccessViolation, {0, 0x10}},
-    {"write", &write_at, 0x20, "Access Violation (write to 0x20)", kAccessViolation, {1, 0x20}},
-    {"divide", &divide_by, 0, "Divide by Zero", -1073741676, {}},
+    {"read", &read_at, 0x10, "Text=Access Violation (read from 0x10);Code=-1073741819;",
+     "Parameter0=0;Parameter1=16;"},
+    {"write", &write_at, 0x20, "Text=Access Violation (write to 0x20);Code=-1073741819;",
+     "Parameter0=1;Parameter1=32;"},
+    {"divide", &divide_by, 0, "Text=Divide by Zero;Code=-1073741676;", ""},
 };
-
-std::string Expected(const FaultCase& fault, int address) {
-  std::string all = std::string("Text=") + fault.text + ";Code=" + std::to_string(fault.code) +
-                    ";Address=" + std::to_string(address) + ";";
-  for (size_t i = 0; i < fault.parameters.size(); ++i)
-    all += "Parameter" + std::to_string(i) + "=" + std::to_string(fault.parameters[i]) + ";";
-  return all;
-}
 
 // Runs every fault of the table on the calling thread; what went wrong, or "".
 std::string CatchEveryFault() {
@@ -59,37 +108,24 @@ std::string CatchEveryFault() {
     } catch (const EStructuredException& e) {
       // "Address" is where the faulting instruction lies: inside the
       // function that faulted.
-      const auto start = reinterpret_cast<std::uintptr_t>(*fault.function);
+      const auto start = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(*fault.function));
       const auto address = static_cast<std::uint32_t>(static_cast<int>(e.get_value("Address")));
-      if (address < static_cast<std::uint32_t>(start) ||
-          address > static_cast<std::uint32_t>(start) + 64)
-        failures += std::string(fault.name) + ": address outside the faulting function\n";
-      const std::string values = qz_test::ValuesOf(e);
-      const std::string expected = Expected(fault, static_cast<int>(address));
-      if (values != expected)
-        failures += std::string(fault.name) + ": " + values + " != " + expected + "\n";
+      const std::string expected =
+          fault.head + ("Address=" + std::to_string(static_cast<int>(address)) + ";") + fault.tail;
+      if (address < start || address > start + 64 || qz_test::ValuesOf(e) != expected)
+        failures += std::string(fault.name) + ": " + qz_test::ValuesOf(e) + " != " + expected + "\n";
     }
   }
   return failures;
 }
 
-TEST(FaultTranslation, FaultsArriveWithTheirExactValuesOnTheMainThreadAndOnOthers) {
+TEST(FaultTranslation, FaultsArriveWithTheirExactValues) {
   NoDumps no_dumps;
-  {
-    temporary_redirect_structured_exceptions translate;
-    EXPECT_EQ(CatchEveryFault(), "");
-    // Translation does not depend on the handler's work at throws.
-    qz_test::ScopedSetting<bool> handler_off(UseVEH, false);
-    EXPECT_EQ(CatchEveryFault(), "");
-  }
-  std::string on_thread;
-  qz_test::WorkerThread worker([&] {
-    redirect_structured_exceptions translate;
-    on_thread = CatchEveryFault();
-  });
-  ASSERT_TRUE(worker.Join(30000));
-  EXPECT_EQ(worker.error(), "");
-  EXPECT_EQ(on_thread, "");
+  temporary_redirect_structured_exceptions translate;
+  EXPECT_EQ(CatchEveryFault(), "");
+  // Translation does not depend on the handler's work at throws.
+  qz_test::ScopedSetting<bool> handler_off(UseVEH, false);
+  EXPECT_EQ(CatchEveryFault(), "");
 }
 
 // A fault in a function that has a try block and a destructor of its own.
@@ -116,20 +152,6 @@ TEST(FaultTranslation, UnwindsThroughTheFaultingFunctionsOwnTryBlockAndDestructo
   EXPECT_THROW(call(destroyed, caught_inside), EStructuredException);
   EXPECT_EQ(caught_inside, 1);
   EXPECT_EQ(destroyed, 1);
-}
-
-TEST(StackOverflow, OverflowsInARowAreCaughtWithResetStackBetweenWhateverTheFrameSize) {
-  NoDumps no_dumps;
-  qz_test::WorkerThread worker([] {
-    redirect_structured_exceptions translate;
-    for (auto recurse : {&fault_test::RecurseSmall, &fault_test::RecurseLarge})
-      for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(fault_test::OverflowStack(recurse), "Stack Overflow -1073741571");
-        EXPECT_TRUE(EStackOverflowException::ResetStack());
-      }
-  });
-  ASSERT_TRUE(worker.Join(60000));
-  EXPECT_EQ(worker.error(), "");
 }
 
 // Recurses without end. Each frame is a return address, two pushes and 40
@@ -163,7 +185,7 @@ __attribute__((noinline)) std::uint32_t OverflowShiftedBy(int shift) {
   volatile char* pad = static_cast<volatile char*>(alloca(shift + 8));
   pad[0] = 0;
   int (*volatile recurse)() = &qz_test_push_recurse;
-  fault_test::ArmStackGuardPage();
+  ArmStackGuardPage();
   try {
     recurse();
   } catch (const EStackOverflowException& e) {
@@ -191,7 +213,7 @@ TEST(StackOverflow, AnOverflowAtAPushInAPrologueUnwindsAsWell) {
   EXPECT_EQ(worker.error(), "");
 }
 
-TEST(FaultTranslation, SeveralThreadsFaultingAtOnceAreAllTranslated) {
+TEST(FaultTranslation, SeveralThreadsFaultingAndOverflowingAtOnceAreAllTranslated) {
   NoDumps no_dumps;
   const int kThreads = 4;
   const int kRounds = 100;
@@ -210,9 +232,10 @@ TEST(FaultTranslation, SeveralThreadsFaultingAtOnceAreAllTranslated) {
           ++translated;
         }
       }
-      for (int round = 0; round < 2; ++round) {
-        if (fault_test::OverflowStack() == "Stack Overflow -1073741571") ++overflows;
-        EStackOverflowException::ResetStack();
+      // Overflows in a row, whatever the frame size, with ResetStack between.
+      for (int round = 0; round < 4; ++round) {
+        if (OverflowStack(round % 2 ? &RecurseLarge : &RecurseSmall) == "Stack Overflow -1073741571") ++overflows;
+        if (!EStackOverflowException::ResetStack()) --overflows;
       }
     }));
   SetEvent(start);
@@ -222,7 +245,7 @@ TEST(FaultTranslation, SeveralThreadsFaultingAtOnceAreAllTranslated) {
   }
   CloseHandle(start);
   EXPECT_EQ(translated, kThreads * kRounds);
-  EXPECT_EQ(overflows, kThreads * 2);
+  EXPECT_EQ(overflows, kThreads * 4);
 }
 
 // A load through its first argument whose faulting instruction is two bytes
@@ -284,49 +307,56 @@ int OpenHandles() {
 size_t CommittedPrivateBytes() {
   size_t total = 0;
   MEMORY_BASIC_INFORMATION info;
-  for (char* at = nullptr; VirtualQuery(at, &info, sizeof info) == sizeof info;
-       at += info.RegionSize) {
+  for (char* at = nullptr; VirtualQuery(at, &info, sizeof info) == sizeof info; at += info.RegionSize) {
     if (info.State == MEM_COMMIT && info.Type == MEM_PRIVATE) total += info.RegionSize;
     if (at + info.RegionSize < at) break;
   }
   return total;
 }
 
-void FaultAndOverflow(int faults, int overflows) {
-  for (int i = 0; i < faults; ++i) {
-    try {
-      read_at(0x10);
-    } catch (const EStructuredException&) {
-    }
-  }
-  for (int i = 0; i < overflows; ++i) {
-    fault_test::OverflowStack();
-    EStackOverflowException::ResetStack();
-  }
-}
-
 TEST(FaultTranslation, ThousandFaultsLeaveNoHandleMemoryOrSymbolSessionBehind) {
   NoDumps no_dumps;
   const bool symbols_loaded_before = GetModuleHandleW(L"dbghelp.dll") != nullptr;
-  int handles_before = 0;
-  int handles_after = 0;
-  size_t memory_before = 0;
-  size_t memory_after = 0;
+  int handles[2] = {};
+  size_t memory[2] = {};
   qz_test::WorkerThread worker([&] {
     redirect_structured_exceptions translate;
-    FaultAndOverflow(100, 2);  // first-use allocations settle
-    handles_before = OpenHandles();
-    memory_before = CommittedPrivateBytes();
-    FaultAndOverflow(1000, 20);
-    handles_after = OpenHandles();
-    memory_after = CommittedPrivateBytes();
+    for (int pass = 0; pass < 2; ++pass) {  // the first lets first-use allocations settle
+      if (pass == 1) handles[0] = OpenHandles(), memory[0] = CommittedPrivateBytes();
+      for (int i = 0; i < (pass ? 1000 : 100); ++i) {
+        try {
+          read_at(0x10);
+        } catch (const EStructuredException&) {
+        }
+      }
+      for (int i = 0; i < (pass ? 20 : 2); ++i) {
+        OverflowStack();
+        EStackOverflowException::ResetStack();
+      }
+    }
+    handles[1] = OpenHandles(), memory[1] = CommittedPrivateBytes();
   });
   ASSERT_TRUE(worker.Join(120000));
   EXPECT_EQ(worker.error(), "");
-  EXPECT_EQ(handles_after, handles_before);
-  EXPECT_LT(memory_after, memory_before + 512 * 1024) << memory_before << " -> " << memory_after;
-  if (!symbols_loaded_before) {
-    EXPECT_EQ(GetModuleHandleW(L"dbghelp.dll"), nullptr);
+  EXPECT_EQ(handles[1], handles[0]);
+  EXPECT_LT(memory[1], memory[0] + 512 * 1024) << memory[0] << " -> " << memory[1];
+  EXPECT_TRUE(symbols_loaded_before || !GetModuleHandleW(L"dbghelp.dll")) << "a symbol session is left";
+}
+
+TEST(FaultDumps, AnAccessViolationWritesADumpNamedAfterModuleCodeAndTime) {
+  errors_test::DumpDirectory directory;
+  ASSERT_TRUE(SaveMiniDumpOnStructuredException);  // the default
+  temporary_redirect_structured_exceptions translate;
+  try {
+    read_at(0x10);
+    FAIL() << "no exception";
+  } catch (EStructuredException& e) {
+    const std::string path = TextOf(e, "MiniDump");
+    EXPECT_TRUE(errors_test::NamedAsADumpOf(path, "qz_errors_tests_C0000005")) << path;
+    EXPECT_TRUE(errors_test::IsDump(path));
+    e.cancel_minidump();
+    EXPECT_FALSE(errors_test::FileExists(path));
+    EXPECT_EQ(TextOf(e, "MiniDump"), "<none>");
   }
 }
 

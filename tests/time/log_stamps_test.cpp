@@ -4,21 +4,16 @@
 
 #include <windows.h>
 
+#include <regex>
+#include <string>
+
 namespace {
 
-// '#' stands for a digit, every other character for itself.
-bool matches(const std::string& text, const std::string& mask) {
-  if (text.size() != mask.size()) return false;
-  for (size_t i = 0; i < mask.size(); ++i) {
-    const bool ok = mask[i] == '#' ? (text[i] >= '0' && text[i] <= '9') : text[i] == mask[i];
-    if (!ok) return false;
-  }
-  return true;
-}
+bool matches(const std::string& text, const char* pattern) { return std::regex_match(text, std::regex(pattern)); }
 
 TEST(LogStamps, NowIsShortDateAndTimeWithTrailingBlank) {
   const std::string stamp = now();
-  EXPECT_TRUE(matches(stamp, "##.##.## ##:##:## ")) << stamp;
+  EXPECT_TRUE(matches(stamp, R"(\d\d\.\d\d\.\d\d \d\d:\d\d:\d\d )")) << stamp;
 }
 
 TEST(LogStamps, Now2PrintsTheDateLineOnlyOnTheFirstCallOfADay) {
@@ -33,11 +28,11 @@ TEST(LogStamps, Now2PrintsTheDateLineOnlyOnTheFirstCallOfADay) {
     GetLocalTime(&after);
     if (before.wDay != after.wDay) continue;
 
-    EXPECT_TRUE(matches(first, "##.##.####\n##:##:##.### ")) << first;
+    EXPECT_TRUE(matches(first, R"(\d\d\.\d\d\.\d{4}\n\d\d:\d\d:\d\d\.\d{3} )")) << first;
     char date[16];
     sprintf_s(date, sizeof date, "%02hd.%02hd.%04hd\n", before.wDay, before.wMonth, before.wYear);
     EXPECT_EQ(first.substr(0, 11), date);
-    EXPECT_TRUE(matches(second, "##:##:##.### ")) << second;
+    EXPECT_TRUE(matches(second, R"(\d\d:\d\d:\d\d\.\d{3} )")) << second;
     EXPECT_EQ(last_day, before.wDay);
     return;
   }
