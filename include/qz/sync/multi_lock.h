@@ -133,14 +133,17 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
   bool write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
   bool write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
 
-  // Change the signal bits, then leave the inner lock.
+  // Change the signal bits, leave the inner lock, then bring the events
+  // that have waiters into line.
   void signal(unsigned int mask) noexcept {
     raise_bits(mask);
     inner_unlock();
+    sync_events();
   }
   void unsignal(unsigned int mask) noexcept {
     lower_bits(mask);
     inner_unlock();
+    sync_events();
   }
 
   std::atomic<unsigned int> state;
