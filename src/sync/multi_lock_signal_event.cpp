@@ -29,39 +29,58 @@ const std::atomic<HANDLE>& _ml_free_signal_event::slot(unsigned int bit) const n
 // brings it into line (arm).
 void _ml_free_signal_event::raise_changed(unsigned int bits) noexcept {
   store_mask(signal_mask | bits);
-  for (unsigned int bit : kBitsInOrder) {
-    if ((bits & bit) == 0 || waiter_count[index(bit)] == 0) continue;
-    const HANDLE event = slot(bit).load();
-    if (event != nullptr) SetEvent(event);
-  }
+  mark_stale(bits);
 }
 
 void _ml_free_signal_event::lower_changed(unsigned int bits) noexcept {
   store_mask(signal_mask & ~bits);
-  for (unsigned int bit : kBitsInOrder) {
-    if ((bits & bit) == 0 || waiter_count[index(bit)] == 0) continue;
-    const HANDLE event = slot(bit).load();
-    if (event != nullptr) ResetEvent(event);
-  }
+  mark_stale(bits);
+}
+
+void _ml_free_signal_event::mark_stale(unsigned int bits) noexcept {
+  unsigned int stale = 0;
+  for (unsigned int bit : kBitsInOrder)
+    if ((bits & bit) != 0 && waiter_count[index(bit)] != 0 && slot(bit).load() != nullptr) stale |= bit;
+  if (stale != 0) stale_bits.fetch_or(stale);
 }
 
 // While an event has waiters every change of its bit reaches it, so only the
-// first waiter finds it possibly out of date.
+// first waiter finds it possibly out of date. The free event is the
+// exception: a thread waits for it only while its bit is down, and the event
+// resets itself as it wakes a waiter, so a stale signal costs one early
+// wake-up and no call; resetting it first would cost every sleep a call.
 void _ml_free_signal_event::arm(unsigned int bits) noexcept {
-  for (unsigned int bit : kBitsInOrder) {
-    if ((bits & bit) == 0 || waiter_count[index(bit)]++ != 0) continue;
-    const HANDLE event = slot(bit).load();
-    if (event == nullptr) continue;
-    if ((signal_mask & bit) != 0)
-      SetEvent(event);
-    else
-      ResetEvent(event);
-  }
+  unsigned int first = 0;
+  for (unsigned int bit : kBitsInOrder)
+    if ((bits & bit) != 0 && waiter_count[index(bit)]++ == 0) first |= bit;
+  if ((signal_mask & _ml_common::signal_free) == 0) first &= ~_ml_common::signal_free;
+  mark_stale(first);
 }
 
 void _ml_free_signal_event::disarm(unsigned int bits) noexcept {
   for (unsigned int bit : kBitsInOrder)
     if ((bits & bit) != 0 && waiter_count[index(bit)] != 0) --waiter_count[index(bit)];
+}
+
+// The stale bits are taken before the mask is read: a bit marked after that
+// is either seen by the next round here or left to a thread of its own,
+// which finds `syncing` down (the check after lowering it).
+void _ml_free_signal_event::sync_stale_events() noexcept {
+  while (!syncing.exchange(true)) {
+    for (unsigned int stale; (stale = stale_bits.exchange(0)) != 0;) {
+      const unsigned int mask = peek_mask.load();
+      for (unsigned int bit : kBitsInOrder) {
+        if ((stale & bit) == 0) continue;
+        const HANDLE event = slot(bit).load();
+        if ((mask & bit) != 0)
+          SetEvent(event);
+        else
+          ResetEvent(event);
+      }
+    }
+    syncing.store(false);
+    if (stale_bits.load() == 0) return;
+  }
 }
 
 // Called under the inner lock, so the new event starts in the state its bit

@@ -73,8 +73,10 @@ void spin_until(const _ml_free_signal_event& events, unsigned int bits, int& spi
 
 // The sole-owner bit may be up for somebody else, so the spin watches only
 // the other bits. Before sleeping the thread counts itself as a waiter on
-// its events under the inner lock, which brings them into line with the
-// mask; releases touch an event only while it has waiters. The timer is
+// its events under the inner lock, and brings them into line with the mask
+// once it has left it; releases touch an event only while it has waiters.
+// Every path out of the inner lock syncs the events: the read path may have
+// lowered the read-open bit just before coming here. The timer is
 // made after the inner lock is left: two kernel calls are long to make
 // other threads spin for. A new attempt makes a new timer, so the time-out
 // bounds each single wait. Procedure calls queued to the thread run during
@@ -82,10 +84,12 @@ void spin_until(const _ml_free_signal_event& events, unsigned int bits, int& spi
 bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, int& spins) {
   if (timeout == 0) {
     inner_unlock();
+    sync_events();
     return false;
   }
   if (spins > 0) {
     inner_unlock();
+    sync_events();
     spin_until(*this, mask & ~_ml_common::signal_sole_owner, spins);
     return true;
   }
@@ -99,6 +103,7 @@ bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeo
   }
   arm(mask);
   inner_unlock();
+  sync_events();
   const waiter_registration registration(*this, *this, mask, owner);
 
   TWaitableTimer timer(DoNotInitialize);

@@ -32,9 +32,16 @@
 //   - Waits happen on kernel events made the first time somebody has to
 //     wait. An event is set or reset only while some thread waits on it
 //     (a waiter count per event, kept under the inner lock); the first
-//     waiter brings it into line with the lock's state before it sleeps.
-//     So a lock that once saw contention makes no kernel call again once
-//     its waiters are gone.
+//     waiter brings it into line with the lock's state before it sleeps
+//     (the free event excepted: it resets itself as it wakes a waiter, so a
+//     stale signal costs one early wake-up). So a lock that once saw
+//     contention makes no kernel call again once its waiters are gone, and
+//     a hand-over to a sleeping thread costs two: its wait and the set.
+//   - No kernel call is made inside the inner lock: the thread that changed
+//     what an event should show makes the call after leaving it. Otherwise
+//     threads queueing for the inner lock behind a call, which takes tens of
+//     microseconds under Wine, fall into its millisecond back-off (in the
+//     pool benchmark, thousands of such sleeps per run).
 //   - Before sleeping, a lock call spins: up to 1000 pause instructions in
 //     all (about 20 ns each), giving up the processor every 50th step, and
 //     tries again as soon as the lock looks free; a thread woken from a
@@ -133,14 +140,17 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
   bool write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
   bool write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
 
-  // Change the signal bits, then leave the inner lock.
+  // Change the signal bits, leave the inner lock, then bring the events
+  // that have waiters into line.
   void signal(unsigned int mask) noexcept {
     raise_bits(mask);
     inner_unlock();
+    sync_events();
   }
   void unsignal(unsigned int mask) noexcept {
     lower_bits(mask);
     inner_unlock();
+    sync_events();
   }
 
   std::atomic<unsigned int> state;

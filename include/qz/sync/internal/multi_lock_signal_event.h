@@ -8,12 +8,24 @@
 // An event is made only when a thread first has to wait for its bit. The
 // mask is the truth; an event follows its bit only while some thread waits,
 // or is about to wait, on it (a count per event): raise_bits and lower_bits
-// set and reset an event only then, and the first waiter on an event brings
-// it into line with its bit before it sleeps (arm). So a lock that once saw
-// contention makes no kernel call again once its waiters are gone.
+// mark an event stale only then, and so does the first waiter on an event
+// (arm). So a lock that once saw contention makes no kernel call again once
+// its waiters are gone.
 //
-// Thread safety: none of its own; TMultiLock uses it under its inner lock.
-// The destructor closes whichever events exist.
+// No kernel call is made under the inner lock: a set or reset is a round
+// trip to the kernel (tens of microseconds under Wine), and threads queueing
+// for the inner lock back off by sleeping whole milliseconds. Instead the
+// thread that marked an event stale calls sync_events after leaving the
+// inner lock. One thread at a time does the calls, reading the mask as it
+// is then; a thread that finds another at it leaves its stale bits to that
+// one, which looks again before it stops. So the last call on an event
+// follows the last change of its bit, and an event ends up as its bit says.
+// On the way a waiter may be woken by a state already gone again; every
+// waiter tries its lock call again after a wake-up, so that costs a retry.
+//
+// Thread safety: TMultiLock calls everything but sync_events and the hints
+// under its inner lock; sync_events from any thread, outside it. The
+// destructor closes whichever events exist.
 #pragma once
 // Internal: a part of TMultiLock, reached through <qz/sync/multi_lock.h>.
 
@@ -28,7 +40,8 @@ class QZ_API _ml_free_signal_event {
  public:
   _ml_free_signal_event() noexcept
       : read_open_event(nullptr), sole_owner_event(nullptr), free_event(nullptr),
-        signal_mask(_ml_common::signal_free), peek_mask(_ml_common::signal_free), waiter_count() {}
+        signal_mask(_ml_common::signal_free), peek_mask(_ml_common::signal_free), waiter_count(),
+        stale_bits(0), syncing(false) {}
   _ml_free_signal_event(const _ml_free_signal_event&) = delete;
   _ml_free_signal_event& operator=(const _ml_free_signal_event&) = delete;
   ~_ml_free_signal_event();
@@ -46,14 +59,21 @@ class QZ_API _ml_free_signal_event {
   // The event standing for `bit`, made now if it does not exist yet.
   HANDLE event_for(unsigned int bit) noexcept;
   // The calling thread is about to wait on the events of `bits`: counts it
-  // as their waiter and sets or resets each event that had no waiter yet to
-  // what its bit says. disarm takes the thread off the counts again.
+  // as their waiter and marks stale each event that had no waiter yet, to be
+  // brought into line before the thread sleeps. disarm takes the thread off
+  // the counts again.
   void arm(unsigned int bits) noexcept;
   void disarm(unsigned int bits) noexcept;
   // How many threads wait, or are about to wait, on the event of `bit`.
   unsigned int waiters(unsigned int bit) const noexcept { return waiter_count[index(bit)]; }
   // The mask as last seen without the inner lock; a hint for spinning.
   unsigned int signalled_hint() const noexcept { return peek_mask.load(std::memory_order_relaxed); }
+
+  // Sets or resets every stale event to what its bit says now. Called
+  // outside the inner lock by each thread that marked an event stale.
+  void sync_events() noexcept {
+    if (stale_bits.load() != 0) sync_stale_events();
+  }
 
   unsigned int signalled() const noexcept { return signal_mask; }
   // Whether the event for `bit` has been made.
@@ -62,6 +82,8 @@ class QZ_API _ml_free_signal_event {
  private:
   void raise_changed(unsigned int bits) noexcept;
   void lower_changed(unsigned int bits) noexcept;
+  void mark_stale(unsigned int bits) noexcept;
+  void sync_stale_events() noexcept;
   std::atomic<HANDLE>& slot(unsigned int bit) noexcept;
   const std::atomic<HANDLE>& slot(unsigned int bit) const noexcept;
   // 0, 1 and 2 for the free, sole-owner and read-open bits.
@@ -77,4 +99,8 @@ class QZ_API _ml_free_signal_event {
   unsigned int signal_mask;
   std::atomic<unsigned int> peek_mask;
   unsigned int waiter_count[3];
+  // Bits whose events are to be brought into line, and whether a thread is
+  // doing that now.
+  std::atomic<unsigned int> stale_bits;
+  std::atomic<bool> syncing;
 };
