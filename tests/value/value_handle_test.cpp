@@ -13,8 +13,16 @@ namespace {
 
 using value_test::bad_cast_of;
 
+// Every storage a test makes is released again by its end, also on the paths
+// that throw half-way.
+class ValueHandle : public testing::Test {
+ protected:
+  void TearDown() override { EXPECT_EQ(_value_t_data::live_count(), baseline_) << "storages leaked"; }
+  const long baseline_ = _value_t_data::live_count();
+};
+
 // Every reader refuses an empty value with a bad cast from void to its result.
-TEST(ValueHandle, DefaultValueIsEmptyAndEveryReaderThrowsBadCastFromVoid) {
+TEST_F(ValueHandle, DefaultValueIsEmptyAndEveryReaderThrowsBadCastFromVoid) {
   _value_t v;
   EXPECT_TRUE(v.empty());
   EXPECT_EQ(v.type(), typeid(void));
@@ -28,9 +36,10 @@ TEST(ValueHandle, DefaultValueIsEmptyAndEveryReaderThrowsBadCastFromVoid) {
   EXPECT_THROW(v[0], EBadCastException);
 }
 
-TEST(ValueHandle, KindIsFixedByTheFirstAssignmentUntilASequenceReplacesIt) {
+TEST_F(ValueHandle, KindIsFixedByTheFirstAssignmentUntilASequenceReplacesIt) {
   _value_t v = 5;
-  EXPECT_EQ(bad_cast_of([&] { v = 7.5; }), "double>int");
+  _value_t shared = v;
+  EXPECT_EQ(bad_cast_of([&] { v = 7.5; }), "double>int");  // after the copy on write
   v = 7UL;
   EXPECT_EQ(v.type(), typeid(int));
   EXPECT_EQ(static_cast<int>(v), 7);
@@ -40,11 +49,12 @@ TEST(ValueHandle, KindIsFixedByTheFirstAssignmentUntilASequenceReplacesIt) {
   EXPECT_EQ(static_cast<std::string>(_value_t(static_cast<const char*>(nullptr))), "");  // empty text
 }
 
-TEST(ValueHandle, CopiesShareStorageUntilOneIsWritten) {
+TEST_F(ValueHandle, CopiesShareStorageUntilOneIsWritten) {
   _value_t first = 1;
   _value_t second = first;
-  EXPECT_EQ(first.data(), second.data());
+  EXPECT_EQ(_value_t_data::live_count(), baseline_ + 1);
   second = 3;
+  EXPECT_EQ(_value_t_data::live_count(), baseline_ + 2);
   EXPECT_EQ(static_cast<int>(first), 1);
   EXPECT_EQ(static_cast<int>(second), 3);
   _value_t b = 1;
@@ -52,10 +62,12 @@ TEST(ValueHandle, CopiesShareStorageUntilOneIsWritten) {
   const _value_t& alias = b;
   b = alias;
   EXPECT_EQ(first.data()->ref_count(), 2);
+  _value_t moved = std::move(b);
+  b = std::move(moved);
   EXPECT_EQ(static_cast<int>(b), 1);
 }
 
-TEST(ValueHandlePushBack, FirstMakesAScalarSecondAContainerAndTextLiteralsAppendStrings) {
+TEST_F(ValueHandle, FirstMakesAScalarSecondAContainerAndTextLiteralsAppendStrings) {
   _value_t v;
   v.push_back("abc");
   EXPECT_FALSE(v.data()->container());
@@ -68,7 +80,7 @@ TEST(ValueHandlePushBack, FirstMakesAScalarSecondAContainerAndTextLiteralsAppend
   EXPECT_FALSE(number.data()->container());  // a refused element leaves the scalar as it was
 }
 
-TEST(ValueHandlePushBack, ContainerTakesItsOwnKindOrAValueThroughItsReaderAndCopiesIfShared) {
+TEST_F(ValueHandle, ContainerTakesItsOwnKindOrAValueThroughItsReaderAndCopiesIfShared) {
   _value_t v = std::vector<__int64>{1};
   const _value_t before = v;
   EXPECT_EQ(bad_cast_of([&] { v.push_back(2); }), "int>long long");
@@ -78,7 +90,7 @@ TEST(ValueHandlePushBack, ContainerTakesItsOwnKindOrAValueThroughItsReaderAndCop
   EXPECT_EQ(bad_cast_of([&] { v.push_back(_value_t()); }), "void>long long");
 }
 
-TEST(ValueHandleViews, WritableViewWritesThroughUntilCopied) {
+TEST_F(ValueHandle, WritableViewWritesThroughUntilCopied) {
   int x = 1;
   _value_t v = _value_t::view(x);
   v = 2;
@@ -92,7 +104,7 @@ TEST(ValueHandleViews, WritableViewWritesThroughUntilCopied) {
   EXPECT_EQ(static_cast<int>(v), 5);
 }
 
-TEST(ValueHandleViews, ConstViewRefusesWritesFromTheAssignedKind) {
+TEST_F(ValueHandle, ConstViewRefusesWritesFromTheAssignedKind) {
   const std::string text = "fixed";
   _value_t v = _value_t::const_view(text);
   EXPECT_EQ(bad_cast_of([&] { v = std::wstring(L"other"); }), "std::wstring>std::string");
@@ -100,7 +112,7 @@ TEST(ValueHandleViews, ConstViewRefusesWritesFromTheAssignedKind) {
   EXPECT_EQ(_value_t(static_cast<const _value_t&>(v)[0]).as_string(), "fixed");
 }
 
-TEST(ValueHandleElements, ScalarHasOnlyIndexZeroWhichWritesTheScalar) {
+TEST_F(ValueHandle, ScalarHasOnlyIndexZeroWhichWritesTheScalar) {
   _value_t v = 7;
   const _value_t& constant = v;
   EXPECT_EQ(static_cast<int>(constant[0]), 7);
@@ -117,28 +129,24 @@ TEST(ValueHandleElements, ScalarHasOnlyIndexZeroWhichWritesTheScalar) {
 
 // A writable element reaches every sharer; a const one is read-only; an
 // element keeps its storage alive after the handles move on.
-TEST(ValueHandleElements, ElementsWriteThroughAndKeepTheirStorageAlive) {
-  const long baseline = _value_t_data::live_count();
-  {
-    _value_t a = std::vector<std::string>{"x", "y"};
-    _value_t b = a;
-    a[0] = std::string("z");
-    EXPECT_EQ(b.as_string(), "{z,y}");
-    _value_t element = static_cast<const _value_t&>(b)[1];
-    EXPECT_THROW(element = std::string("w"), EBadCastException);
-    a = b = _value_t(5);  // the container's last handles let go
-    EXPECT_EQ(element.as_string(), "y");
-    _value_t c = std::vector<std::string>{"p"};
-    _value_t first = c[0];
-    c.push_back("q");  // shared with the element, so copied before growing
-    first = std::string("r");
-    EXPECT_EQ(c.as_string(), "{p,q}");
-    EXPECT_EQ(first.as_string(), "r");
-  }
-  EXPECT_EQ(_value_t_data::live_count(), baseline);
+TEST_F(ValueHandle, ElementsWriteThroughAndKeepTheirStorageAlive) {
+  _value_t a = std::vector<std::string>{"x", "y"};
+  _value_t b = a;
+  a[0] = std::string("z");
+  EXPECT_EQ(b.as_string(), "{z,y}");
+  _value_t element = static_cast<const _value_t&>(b)[1];
+  EXPECT_THROW(element = std::string("w"), EBadCastException);
+  a = b = _value_t(5);  // the container's last handles let go
+  EXPECT_EQ(element.as_string(), "y");
+  _value_t c = std::vector<std::string>{"p"};
+  _value_t first = c[0];
+  c.push_back("q");  // shared with the element, so copied before growing
+  first = std::string("r");
+  EXPECT_EQ(c.as_string(), "{p,q}");
+  EXPECT_EQ(first.as_string(), "r");
 }
 
-TEST(ValueHandleElements, BoolElementsReadAndWriteTheirBits) {
+TEST_F(ValueHandle, BoolElementsReadAndWriteTheirBits) {
   _value_t bits = std::vector<bool>{true, false, true};
   bits[1] = true;
   EXPECT_EQ(static_cast<int>(bits[1]), 1);
@@ -153,7 +161,7 @@ TEST(ValueHandleElements, BoolElementsReadAndWriteTheirBits) {
   EXPECT_EQ(bits.as_string(), "{true,true,false}");
 }
 
-TEST(ValueHandleObjects, ValueHoldsAReferenceToItsObject) {
+TEST_F(ValueHandle, ValueHoldsAReferenceToItsObject) {
   SmartPtrObj* object = new SmartPtrObj;
   SmartPtr<SmartPtrObj> keep(object);
   {
@@ -164,47 +172,6 @@ TEST(ValueHandleObjects, ValueHoldsAReferenceToItsObject) {
     EXPECT_EQ(object->ref_count(), 3);
   }
   EXPECT_EQ(object->ref_count(), 1);
-}
-
-// Every storage the value model makes is released again, also on the paths
-// that throw half-way.
-TEST(ValueLeaks, LiveStoragesReturnToBaseline) {
-  const long baseline = _value_t_data::live_count();
-  {
-    _value_t number = 1;
-    _value_t shared = number;
-    EXPECT_EQ(_value_t_data::live_count(), baseline + 1);
-    shared = 2;
-    number.push_back(3);
-    number.push_back(_value_t(4));
-    number[0] = 5;
-    _value_t element = static_cast<const _value_t&>(number)[1];
-    number.as_string();
-    number = shared;
-    _value_t bits = std::vector<bool>{true};
-    bits[0] = false;
-    bits.push_back(true);
-    int variable = 0;
-    _value_t view = _value_t::view(variable);
-    _value_t copy = view;
-    copy = 7;
-    _value_t moved = std::move(copy);
-    moved = std::move(view);
-  }
-  EXPECT_EQ(_value_t_data::live_count(), baseline);
-  {
-    _value_t number = 1;
-    EXPECT_THROW(number = std::string("x"), EBadCastException);
-    EXPECT_THROW(number.push_back(std::string("x")), EBadCastException);
-    EXPECT_THROW(number.push_back(_value_t("x")), EBadCastException);
-    EXPECT_THROW(number[1], std::out_of_range);
-    const _value_t shared = number;
-    EXPECT_THROW(number = 2.5, EBadCastException);  // after the copy on write
-    const std::string text = "fixed";
-    _value_t view = _value_t::const_view(text);
-    EXPECT_THROW(view = std::string("y"), EBadCastException);
-  }
-  EXPECT_EQ(_value_t_data::live_count(), baseline);
 }
 
 }  // namespace

@@ -51,22 +51,16 @@ TEST(ValueText, ContainerIsBracedAndCommaSeparated) {
   EXPECT_EQ(std::wstring(static_cast<const wchar_t*>(text)), L"{-0.5,1.234568e+008}");
 }
 
+// Numbers keep their width and signedness, a bool is an automation bool, an
+// object has no variant form.
 TEST(ValueVariant, EachKindHasItsOwnVariantType) {
-  const _variant_t whole = _value_t(-7).as_variant();
-  EXPECT_EQ(V_VT(&whole), VT_INT);
-  EXPECT_EQ(V_INT(&whole), -7);
-  const _variant_t unsigned_ = _value_t(4294967295UL).as_variant();
-  EXPECT_EQ(V_VT(&unsigned_), VT_UI4);
-  EXPECT_EQ(V_UI4(&unsigned_), 4294967295UL);
-  const _variant_t wide = _value_t(0x100000005LL).as_variant();
-  EXPECT_EQ(V_VT(&wide), VT_I8);
-  EXPECT_EQ(V_I8(&wide), 0x100000005LL);
-  const _variant_t real = _value_t(2.5).as_variant();
-  EXPECT_EQ(V_VT(&real), VT_R8);
-  EXPECT_EQ(V_R8(&real), 2.5);
-  const _variant_t yes = _value_t(true).as_variant();  // an automation bool
-  EXPECT_EQ(V_VT(&yes), VT_BOOL);
-  EXPECT_EQ(V_BOOL(&yes), VARIANT_TRUE);
+  std::pair<_value_t, VARTYPE> kinds[] = {{-7, VT_INT},  {4294967295UL, VT_UI4}, {0x100000005LL, VT_I8},
+                                                {2.5, VT_R8}, {true, VT_BOOL}};
+  for (auto& [value, type] : kinds) {
+    const _variant_t variant = value.as_variant();
+    EXPECT_EQ(V_VT(&variant), type);
+    EXPECT_EQ(static_cast<double>(variant), type == VT_BOOL ? VARIANT_TRUE : value.as_double());
+  }
   const _variant_t object = _value_t(static_cast<SmartPtrObj*>(new SmartPtrObj)).as_variant();
   EXPECT_EQ(V_VT(&object), VT_EMPTY);
 }
