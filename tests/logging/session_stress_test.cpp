@@ -3,9 +3,12 @@
 #include <qz/logging/debug_stream.h>
 
 #include "logging/logging_test_support.h"
+#include "support/raw_event.h"
+#include "support/test_threads.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <sstream>
 
 namespace {
@@ -16,30 +19,7 @@ const int kThreads = 4;
 const int kStatements = 300;
 const DWORD kBoundMs = 120000;
 
-struct Shared {
-  MemoryWriter* memory = new MemoryWriter;
-  TDebugStream stream{SmartPtr<TStreamWriter>(memory)};
-  HANDLE start = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-};
-
-struct Job {
-  Shared* shared;
-  int id;
-};
-
-// Many small pieces per statement, so that a statement not held together
-// would be torn apart by the others.
-DWORD WINAPI Write(void* argument) {
-  const Job* job = static_cast<Job*>(argument);
-  const std::string payload(16, static_cast<char>('a' + job->id));
-  WaitForSingleObject(job->shared->start, kBoundMs);
-  for (int i = 0; i < kStatements; ++i)
-    TDebugStreamSession(job->shared->stream) << "thread " << job->id << " line " << i << ' ' << payload << " end"
-                                             << '\n';
-  return 0;
-}
-
-std::string ExpectedLine(int id, int i) {
+std::string Line(int id, int i) {
   return "thread " + std::to_string(id) + " line " + std::to_string(i) + ' ' +
          std::string(16, static_cast<char>('a' + id)) + " end";
 }
@@ -47,20 +27,24 @@ std::string ExpectedLine(int id, int i) {
 TEST(DebugStreamSessionStress, ConcurrentStatementsArriveWholeAndInEachThreadsOrder) {
   // Heap-held and left behind when a thread overruns the bound, since the
   // stray thread would still use it.
-  auto* shared = new Shared;
-  Job jobs[kThreads];
-  HANDLE threads[kThreads];
-  for (int t = 0; t < kThreads; ++t) {
-    jobs[t] = {shared, t};
-    threads[t] = CreateThread(nullptr, 0, &Write, &jobs[t], 0, nullptr);
-    ASSERT_NE(threads[t], nullptr);
+  auto* memory = new MemoryWriter;
+  auto* stream = new TDebugStream(SmartPtr<TStreamWriter>(memory));
+  {
+    qz_test::RawEvent start;
+    std::vector<std::unique_ptr<qz_test::WorkerThread>> threads;
+    // Many small pieces per statement, so that a statement not held together
+    // would be torn apart by the others.
+    for (int t = 0; t < kThreads; ++t)
+      threads.emplace_back(new qz_test::WorkerThread([stream, t, start = start.h] {
+        const std::string payload(16, static_cast<char>('a' + t));
+        WaitForSingleObject(start, kBoundMs);
+        for (int i = 0; i < kStatements; ++i)
+          TDebugStreamSession(*stream) << "thread " << t << " line " << i << ' ' << payload << " end" << '\n';
+      }));
+    SetEvent(start.h);
+    for (auto& thread : threads) ASSERT_TRUE(thread->Join(kBoundMs)) << "writers did not finish within the bound";
   }
-  SetEvent(shared->start);
-  const DWORD waited = WaitForMultipleObjects(kThreads, threads, TRUE, kBoundMs);
-  for (HANDLE thread : threads) CloseHandle(thread);
-  ASSERT_EQ(waited, WAIT_OBJECT_0) << "writers did not finish within the bound";
-
-  std::istringstream lines(shared->memory->text());
+  std::istringstream lines(memory->text());
   std::string line;
   int next[kThreads] = {};
   int count = 0;
@@ -68,12 +52,10 @@ TEST(DebugStreamSessionStress, ConcurrentStatementsArriveWholeAndInEachThreadsOr
     ++count;
     const int id = line.size() > 7 ? line[7] - '0' : -1;
     ASSERT_TRUE(id >= 0 && id < kThreads) << "torn line: " << line;
-    ASSERT_EQ(line, ExpectedLine(id, next[id])) << "torn line";
-    ++next[id];
+    ASSERT_EQ(line, Line(id, next[id]++)) << "torn line";
   }
   EXPECT_EQ(count, kThreads * kStatements);
-  CloseHandle(shared->start);
-  delete shared;
+  delete stream;
 }
 
 }  // namespace
