@@ -1,19 +1,23 @@
 // What each insertion into a session writes, and how long a session holds
-// its stream.
+// its stream, also against other threads.
 #include <qz/errors/exceptions.h>
 #include <qz/logging/debug_stream.h>
+#include <qz/logging/debug_writer.h>
 
 #include "logging/logging_test_support.h"
+#include "support/raw_event.h"
+#include "support/test_threads.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
 namespace {
 
-using logging_test::FreeForOtherThreads;
-using logging_test::MemoryWriter;
+using namespace logging_test;
 
 // What inserting `v` alone writes.
 template <class T>
@@ -23,18 +27,6 @@ std::string Inserted(const T& v) {
   TDebugStreamSession(s) << v;
   return memory->text();
 }
-
-// Records whether each text it gets is zero-terminated at its length, which
-// the debugger writer relies on.
-class TerminationWriter : public TStreamWriter {
- public:
-  void StreamWriteString(const char* text, size_t length) override {
-    texts.emplace_back(text, length);
-    terminated.push_back(text[length] == '\0');
-  }
-  std::vector<std::string> texts;
-  std::vector<bool> terminated;
-};
 
 struct Thing : SmartPtrObj {};
 
@@ -76,16 +68,16 @@ TEST(DebugStreamSession, ExceptionsShowTheirTypeAndMultiLineMessagesStartOnTheir
   EXPECT_EQ(Inserted(std::runtime_error("plain")), "std::runtime_error:plain");
 }
 
-// One writer call per piece, in order, zero-terminated (a view into a longer
-// text is copied), no line end added.
+// One writer call per piece, in order, no line end added, each zero-terminated
+// at its length (a view into a longer text is copied), as the debugger writer,
+// which sends everything up to the zero, needs.
 TEST(DebugStreamSession, PiecesGoOutInOrderEachZeroTerminated) {
-  auto* writer = new TerminationWriter;
-  TDebugStream s{SmartPtr<TStreamWriter>(writer)};
+  DebuggerOutput debugger;
+  TDebugStream s(new TDebugWriter);
   const char letters[] = "abcdef";
   TDebugStreamSession(s) << const_string(letters, 3) << 'x' << 7 << std::string("s") << L"w" << true;
   TDebugStreamSession(s) << '\n';
-  EXPECT_EQ(writer->texts, (std::vector<std::string>{"abc", "x", "7", "s", "w", "true", "\n"}));
-  EXPECT_EQ(writer->terminated, std::vector<bool>(7, true));
+  EXPECT_EQ(debugger.texts, (std::vector<std::string>{"abc", "x", "7", "s", "w", "true", "\n"}));
 }
 
 TEST(DebugStreamSession, HoldsTheStreamFromCreationToEnd) {
@@ -101,6 +93,51 @@ TEST(DebugStreamSession, HoldsTheStreamFromCreationToEnd) {
     EXPECT_FALSE(FreeForOtherThreads(s));  // the copies' holds were extra ones
   }
   EXPECT_TRUE(FreeForOtherThreads(s));
+}
+
+// Several threads writing through sessions at once: every statement must
+// reach the writer whole.
+const int kThreads = 4;
+const int kStatements = 300;
+const DWORD kBoundMs = 120000;
+
+std::string Line(int id, int i) {
+  return "thread " + std::to_string(id) + " line " + std::to_string(i) + ' ' +
+         std::string(16, static_cast<char>('a' + id)) + " end";
+}
+
+TEST(DebugStreamSessionStress, ConcurrentStatementsArriveWholeAndInEachThreadsOrder) {
+  // Heap-held and left behind when a thread overruns the bound, since the
+  // stray thread would still use it.
+  auto* memory = new MemoryWriter;
+  auto* stream = new TDebugStream(SmartPtr<TStreamWriter>(memory));
+  {
+    qz_test::RawEvent start;
+    std::vector<std::unique_ptr<qz_test::WorkerThread>> threads;
+    // Many small pieces per statement, so that a statement not held together
+    // would be torn apart by the others.
+    for (int t = 0; t < kThreads; ++t)
+      threads.emplace_back(new qz_test::WorkerThread([stream, t, start = start.h] {
+        const std::string payload(16, static_cast<char>('a' + t));
+        WaitForSingleObject(start, kBoundMs);
+        for (int i = 0; i < kStatements; ++i)
+          TDebugStreamSession(*stream) << "thread " << t << " line " << i << ' ' << payload << " end" << '\n';
+      }));
+    SetEvent(start.h);
+    for (auto& thread : threads) ASSERT_TRUE(thread->Join(kBoundMs)) << "writers did not finish within the bound";
+  }
+  std::istringstream lines(memory->text());
+  std::string line;
+  int next[kThreads] = {};
+  int count = 0;
+  while (std::getline(lines, line)) {
+    ++count;
+    const int id = line.size() > 7 ? line[7] - '0' : -1;
+    ASSERT_TRUE(id >= 0 && id < kThreads) << "torn line: " << line;
+    ASSERT_EQ(line, Line(id, next[id]++)) << "torn line";
+  }
+  EXPECT_EQ(count, kThreads * kStatements);
+  delete stream;
 }
 
 }  // namespace

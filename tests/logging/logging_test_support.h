@@ -31,17 +31,13 @@ class MemoryWriter : public TStreamWriter {
 
 // Appends "<tag>[text]" to a journal shared by several writers, showing the
 // order in which a stream calls them.
-class TaggingWriter : public TStreamWriter {
- public:
-  TaggingWriter(std::string& journal, char tag) : journal_(journal), tag_(tag) {}
+struct TaggingWriter : TStreamWriter {
+  TaggingWriter(std::string& j, char t) : journal(j), tag(t) {}
   void StreamWriteString(const char* text, size_t length) override {
-    journal_ += tag_;
-    journal_ += '[' + std::string(text, length) + ']';
+    journal += tag + ('[' + std::string(text, length) + ']');
   }
-
- private:
-  std::string& journal_;
-  char tag_;
+  std::string& journal;
+  char tag;
 };
 
 class ThrowingWriter : public TStreamWriter {
@@ -81,22 +77,16 @@ inline bool FreeForOtherThreads(HANDLE mutex) {
 
 inline bool FreeForOtherThreads(const TDebugStream& s) { return FreeForOtherThreads(Peek::MutexOf(s)); }
 
-// Catches what OutputDebugStringA hands the debugger while it lives: the
-// system raises a first-chance exception carrying the text, which a vectored
-// handler sees before anybody else.
+// Catches what OutputDebugStringA hands the debugger on this thread while it
+// lives: the system raises a first-chance exception carrying the text, which a
+// vectored handler sees before anybody else.
 class DebuggerOutput {
  public:
-  DebuggerOutput() {
-    current_ = this;
-    handler_ = AddVectoredExceptionHandler(1, &DebuggerOutput::Catch);
-  }
+  DebuggerOutput() : handler_(AddVectoredExceptionHandler(1, &DebuggerOutput::Catch)) { current_ = this; }
   ~DebuggerOutput() {
     RemoveVectoredExceptionHandler(handler_);
     current_ = nullptr;
   }
-  DebuggerOutput(const DebuggerOutput&) = delete;
-  DebuggerOutput& operator=(const DebuggerOutput&) = delete;
-
   std::vector<std::string> texts;
 
  private:
@@ -109,8 +99,8 @@ class DebuggerOutput {
   }
 
   static inline DebuggerOutput* current_ = nullptr;
-  void* handler_;
   DWORD thread_ = GetCurrentThreadId();
+  void* handler_;
 };
 
 }  // namespace logging_test
