@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "value/value_test_support.h"
+
 #include <memory>
 #include <string>
 #include <tuple>
@@ -15,6 +17,7 @@
 
 namespace {
 
+using value_test::bad_cast_of;
 using ObjectPtr = SmartPtr<SmartPtrObj>;
 using ConstObjectPtr = SmartPtr<SmartPtrObj const>;
 using Kinds = std::tuple<int, unsigned long, __int64, bool, double, std::string, std::wstring,
@@ -73,17 +76,6 @@ struct Subject {
   const T constant;
   std::unique_ptr<_value_t_data> storage;
 };
-
-// "From>To" of the bad cast a call throws, or "no exception".
-template <class Call>
-std::string bad_cast_of(Call call) {
-  try {
-    call();
-  } catch (const EBadCastException& e) {
-    return std::string(e.get_value("From")) + ">" + std::string(e.get_value("To"));
-  }
-  return "no exception";
-}
 
 // Cell U of row S: 'Y' when operation(fresh storage of kind S, sample of kind U) succeeds,
 // '.' when it throws a bad cast, which names stored>requested for a read and
