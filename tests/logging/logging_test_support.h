@@ -16,10 +16,8 @@ namespace logging_test {
 
 // Keeps every text it receives, one entry per call. Streams call it under
 // their lock, so it needs none of its own.
-class MemoryWriter : public TStreamWriter {
- public:
+struct MemoryWriter : TStreamWriter {
   void StreamWriteString(const char* text, size_t length) override { calls.emplace_back(text, length); }
-
   std::string text() const {
     std::string all;
     for (const auto& call : calls) all += call;
@@ -40,14 +38,12 @@ struct TaggingWriter : TStreamWriter {
   char tag;
 };
 
-class ThrowingWriter : public TStreamWriter {
- public:
+struct ThrowingWriter : TStreamWriter {
   void StreamWriteString(const char*, size_t) override { throw std::runtime_error("writer failed"); }
 };
 
 // A stream that stamps its lines, as code deriving from TDebugStream may.
-class StampedStream : public TDebugStream {
- public:
+struct StampedStream : TDebugStream {
   explicit StampedStream(SmartPtr<TStreamWriter> w) : TDebugStream(w) { stamp_lines = true; }
 };
 
@@ -63,19 +59,17 @@ struct PeekFile : TFileWriter {
   static const std::string& NameOf(const TFileWriter& w) { return w.*(&PeekFile::name); }
 };
 
-// Whether another thread could take the kernel mutex right now (it gives the
-// mutex straight back). The wait does not block, so the join is bounded.
-inline bool FreeForOtherThreads(HANDLE mutex) {
+// Whether another thread could take the stream's kernel mutex right now (it
+// gives the mutex straight back). The wait does not block, so the join is bounded.
+inline bool FreeForOtherThreads(const TDebugStream& s) {
   bool taken = false;
-  std::thread([mutex, &taken] {
+  std::thread([mutex = Peek::MutexOf(s), &taken] {
     const DWORD result = WaitForSingleObject(mutex, 0);
     taken = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     if (taken) ReleaseMutex(mutex);
   }).join();
   return taken;
 }
-
-inline bool FreeForOtherThreads(const TDebugStream& s) { return FreeForOtherThreads(Peek::MutexOf(s)); }
 
 // Catches what OutputDebugStringA hands the debugger on this thread while it
 // lives: the system raises a first-chance exception carrying the text, which a

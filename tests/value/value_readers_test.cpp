@@ -1,5 +1,7 @@
-// The lenient readers convert across kinds by the kind code; these tests pin
-// the cells of their table that differ from what a reader might guess.
+// The readers: the lenient ones convert across kinds by the kind code (these
+// tests pin the cells of their table that differ from what a reader might
+// guess); the strict sequence conversions read every element through its own
+// typed reader, a scalar being a sequence of one.
 #include <qz/errors/exceptions.h>
 #include <qz/value/value.h>
 
@@ -9,6 +11,8 @@
 
 #include <climits>
 #include <cmath>
+#include <list>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -101,6 +105,52 @@ TEST(ValueTimeReader, EachKindReadsAsItsTime) {
   for (_value_t& value : unreadable) EXPECT_FALSE(value.as_time().valid()) << value.as_string();
   EXPECT_EQ(bad_cast_of([] { _value_t(true).as_time(); }), "bool>_time_t");
   EXPECT_THROW(_value_t(static_cast<SmartPtrObj*>(nullptr)).as_time(), EBadCastException);
+}
+
+size_t count_of(const std::vector<int>& items) { return items.size(); }
+
+// Copy-initialisation, the form the conversions are meant for.
+template <class Sequence>
+Sequence read(const _value_t& value) {
+  return value;
+}
+
+TEST(ValueSequence, ContainerCopiesIntoEachSequenceType) {
+  const _value_t numbers = std::vector<int>{3, 1, 3, 2};
+  EXPECT_EQ(read<std::list<int>>(numbers), (std::list<int>{3, 1, 3, 2}));
+  EXPECT_EQ(read<std::set<int>>(numbers), (std::set<int>{1, 2, 3}));
+  EXPECT_EQ(count_of(numbers), 4u);  // binds a const std::vector<int>&
+  std::vector<std::string> words{"old"};  // assignment replaces an existing sequence
+  words = _value_t(std::vector<std::string>{"a", "b"});
+  EXPECT_EQ(words, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(ValueSequence, ElementsConvertAsTheStrictReadersDo) {
+  const _value_t numbers = std::vector<int>{-1, 2};
+  EXPECT_EQ(read<std::vector<double>>(numbers), (std::vector<double>{-1.0, 2.0}));
+  EXPECT_EQ(read<std::vector<unsigned long>>(numbers), (std::vector<unsigned long>{4294967295UL, 2UL}));
+  EXPECT_EQ(read<std::set<std::string>>(_value_t(std::vector<std::wstring>{L"b", L"a"})),
+            (std::set<std::string>{"a", "b"}));
+  EXPECT_EQ(read<std::list<bool>>(_value_t(std::vector<bool>{true, false})), (std::list<bool>{true, false}));
+  EXPECT_THROW(read<std::vector<int>>(_value_t(std::vector<std::string>{"1"})), EBadCastException);
+  EXPECT_THROW(read<std::set<bool>>(_value_t(std::vector<int>{1})), EBadCastException);  // never int as bool
+}
+
+TEST(ValueSequence, ScalarIsASequenceOfOneAndEmptyContainerOfNone) {
+  EXPECT_EQ(read<std::vector<__int64>>(_value_t(7)), (std::vector<__int64>{7}));
+  EXPECT_EQ(read<std::set<std::wstring>>(_value_t("x")), (std::set<std::wstring>{L"x"}));
+  int watched = 4;
+  EXPECT_EQ(read<std::list<int>>(_value_t::view(watched)), (std::list<int>{4}));
+  EXPECT_TRUE(read<std::vector<int>>(_value_t(std::vector<int>{})).empty());
+}
+
+TEST(ValueSequence, ObjectsReadAsConstObjects) {
+  SmartPtr<SmartPtrObj> object(new SmartPtrObj);
+  const _value_t objects = std::vector<SmartPtr<SmartPtrObj>>{object, nullptr};
+  const std::vector<SmartPtr<SmartPtrObj const>> constant = objects;
+  ASSERT_EQ(constant.size(), 2u);
+  EXPECT_EQ(constant[0].get(), object.get());
+  EXPECT_EQ(constant[1].get(), nullptr);
 }
 
 }  // namespace
