@@ -95,17 +95,18 @@ std::string row(Form form, Operation operation, bool read, std::index_sequence<U
 
 template <class Operation, class Expected, size_t... S>
 void check_table(Form form, Operation operation, bool read, Expected expected, std::index_sequence<S...>) {
-  const auto check = [&](size_t stored, const std::string& actual) {
-    EXPECT_EQ(actual, expected(stored)) << kFormNames[form] << " of row " << stored;
+  const auto check = [&](size_t stored, const std::string& name, const std::string& actual) {
+    EXPECT_EQ(actual, expected(stored)) << kFormNames[form] << " of " << name;
   };
-  (check(S, row<S>(form, operation, read, AllKinds())), ...);
+  (check(S, type_name(typeid(Kind<S>)), row<S>(form, operation, read, AllKinds())), ...);
 }
 
 const auto kRead = [](const _value_t_data& s, const auto& x) { s.get(static_cast<decltype(&x)>(nullptr)); };
 const auto kPut = [](_value_t_data& s, const auto& x) { s.put(x); };
 
 TEST(StorageTables, EveryFormReadsExactlyTheReadTable) {
-  for (Form form : kForms) check_table(form, kRead, true, [](size_t s) { return std::string(kReadTable[s]); }, AllKinds());
+  for (Form form : kForms)
+    check_table(form, kRead, true, [](size_t s) { return std::string(kReadTable[s]); }, AllKinds());
 }
 
 // A read-only view refuses every write; the other forms follow the table.
@@ -147,8 +148,8 @@ T written(const A& assigned) {
   return *storage.getp(static_cast<const T*>(nullptr));
 }
 
-// 32-bit kinds keep their bits and widen by their signedness; text kinds
-// convert among themselves, embedded nulls included.
+// 32-bit kinds keep their bits and widen by their signedness; text keeps its
+// embedded nulls.
 TEST(StorageConversions, AcceptedReadsAndWritesConvertTheValue) {
   EXPECT_EQ(read<unsigned long>(-5), 0xFFFFFFFBUL);
   EXPECT_EQ(read<__int64>(-5), -5);
@@ -156,9 +157,7 @@ TEST(StorageConversions, AcceptedReadsAndWritesConvertTheValue) {
   EXPECT_EQ(read<unsigned long>(true), 1UL);
   EXPECT_EQ(written<int>(0xFFFFFFFFUL), -1);
   EXPECT_EQ(written<__int64>(-1), -1);
-  EXPECT_EQ(written<double>(3), 3.0);
   EXPECT_EQ(written<ConstObjectPtr>(kObject).get(), kObject.get());
-  EXPECT_EQ(read<_bstr_t>(std::string("abc")), _bstr_t(L"abc"));
   EXPECT_EQ(written<std::wstring>(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
 }
 
