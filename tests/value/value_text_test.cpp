@@ -42,8 +42,6 @@ TEST(ValueText, ContainerIsBracedAndCommaSeparated) {
   EXPECT_EQ(_value_t(std::vector<int>{}).as_string(), "{}");
   EXPECT_EQ(_value_t(std::vector<bool>{true, false}).as_string(), "{true,false}");
   EXPECT_EQ(_value_t(std::vector<std::string>{"a,b", "c"}).as_string(), "{a,b,c}");
-  const _time_t first(static_cast<__int64>(0)), second(static_cast<__int64>(86400));
-  EXPECT_EQ(_value_t(std::vector<_time_t>{first, second}).as_string(), "{" + first.ctime() + "," + second.ctime() + "}");
   _value_t objects = static_cast<SmartPtrObj*>(nullptr);
   objects.push_back(static_cast<SmartPtrObj*>(new Named));
   EXPECT_EQ(objects.as_wstring(), L"{<null>,named object}");
