@@ -16,10 +16,8 @@ namespace logging_test {
 
 // Keeps every text it receives, one entry per call. Streams call it under
 // their lock, so it needs none of its own.
-class MemoryWriter : public TStreamWriter {
- public:
+struct MemoryWriter : TStreamWriter {
   void StreamWriteString(const char* text, size_t length) override { calls.emplace_back(text, length); }
-
   std::string text() const {
     std::string all;
     for (const auto& call : calls) all += call;
@@ -31,27 +29,21 @@ class MemoryWriter : public TStreamWriter {
 
 // Appends "<tag>[text]" to a journal shared by several writers, showing the
 // order in which a stream calls them.
-class TaggingWriter : public TStreamWriter {
- public:
-  TaggingWriter(std::string& journal, char tag) : journal_(journal), tag_(tag) {}
+struct TaggingWriter : TStreamWriter {
+  TaggingWriter(std::string& j, char t) : journal(j), tag(t) {}
   void StreamWriteString(const char* text, size_t length) override {
-    journal_ += tag_;
-    journal_ += '[' + std::string(text, length) + ']';
+    journal += tag + ('[' + std::string(text, length) + ']');
   }
-
- private:
-  std::string& journal_;
-  char tag_;
+  std::string& journal;
+  char tag;
 };
 
-class ThrowingWriter : public TStreamWriter {
- public:
+struct ThrowingWriter : TStreamWriter {
   void StreamWriteString(const char*, size_t) override { throw std::runtime_error("writer failed"); }
 };
 
 // A stream that stamps its lines, as code deriving from TDebugStream may.
-class StampedStream : public TDebugStream {
- public:
+struct StampedStream : TDebugStream {
   explicit StampedStream(SmartPtr<TStreamWriter> w) : TDebugStream(w) { stamp_lines = true; }
 };
 
@@ -67,11 +59,11 @@ struct PeekFile : TFileWriter {
   static const std::string& NameOf(const TFileWriter& w) { return w.*(&PeekFile::name); }
 };
 
-// Whether another thread could take the kernel mutex right now (it gives the
-// mutex straight back). The wait does not block, so the join is bounded.
-inline bool FreeForOtherThreads(HANDLE mutex) {
+// Whether another thread could take the stream's kernel mutex right now (it
+// gives the mutex straight back). The wait does not block, so the join is bounded.
+inline bool FreeForOtherThreads(const TDebugStream& s) {
   bool taken = false;
-  std::thread([mutex, &taken] {
+  std::thread([mutex = Peek::MutexOf(s), &taken] {
     const DWORD result = WaitForSingleObject(mutex, 0);
     taken = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     if (taken) ReleaseMutex(mutex);
@@ -79,24 +71,16 @@ inline bool FreeForOtherThreads(HANDLE mutex) {
   return taken;
 }
 
-inline bool FreeForOtherThreads(const TDebugStream& s) { return FreeForOtherThreads(Peek::MutexOf(s)); }
-
-// Catches what OutputDebugStringA hands the debugger while it lives: the
-// system raises a first-chance exception carrying the text, which a vectored
-// handler sees before anybody else.
+// Catches what OutputDebugStringA hands the debugger on this thread while it
+// lives: the system raises a first-chance exception carrying the text, which a
+// vectored handler sees before anybody else.
 class DebuggerOutput {
  public:
-  DebuggerOutput() {
-    current_ = this;
-    handler_ = AddVectoredExceptionHandler(1, &DebuggerOutput::Catch);
-  }
+  DebuggerOutput() : handler_(AddVectoredExceptionHandler(1, &DebuggerOutput::Catch)) { current_ = this; }
   ~DebuggerOutput() {
     RemoveVectoredExceptionHandler(handler_);
     current_ = nullptr;
   }
-  DebuggerOutput(const DebuggerOutput&) = delete;
-  DebuggerOutput& operator=(const DebuggerOutput&) = delete;
-
   std::vector<std::string> texts;
 
  private:
@@ -109,8 +93,8 @@ class DebuggerOutput {
   }
 
   static inline DebuggerOutput* current_ = nullptr;
-  void* handler_;
   DWORD thread_ = GetCurrentThreadId();
+  void* handler_;
 };
 
 }  // namespace logging_test

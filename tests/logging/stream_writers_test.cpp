@@ -1,7 +1,10 @@
-// The writers: debugger, console, file per write, permanent file.
+// The writers (debugger, console, file per write, permanent file) and the
+// process-wide streams as the library builds them at load.
+#include <qz/core/type_name.h>
 #include <qz/logging/console_writer.h>
 #include <qz/logging/debug_writer.h>
 #include <qz/logging/file_writer.h>
+#include <qz/logging/global_streams.h>
 #include <qz/logging/permanent_file_writer.h>
 
 #include "logging/logging_test_support.h"
@@ -9,9 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <typeinfo>
+
 namespace {
 
-using logging_test::DebuggerOutput;
+using namespace logging_test;
 using qz_test::TempPath;
 
 TEST(DebugWriter, SendsTheWholeZeroTerminatedTextWhateverTheLength) {
@@ -70,6 +75,21 @@ TEST(FileWriters, UnopenableFileAcceptsWritesAndDoesNothing) {
   for (TStreamWriter* w : std::initializer_list<TStreamWriter*>{&per_write, &narrow, &wide, &none})
     EXPECT_NO_THROW(w->StreamWriteString("lost\n", 5));
   EXPECT_FALSE(path.Exists());
+}
+
+// The debug stream's writer goes to the debugger, the error stream's also to
+// the console and to a file.
+TEST(GlobalStreams, EachHasItsWritersInOrder) {
+  const auto types = [](const TDebugStream& s) {
+    std::string names;
+    for (const auto& w : Peek::WritersOf(s)) names += type_name(typeid(*w)) + ";";
+    return names;
+  };
+  EXPECT_EQ(types(Console), "TConsoleWriter;");
+  EXPECT_EQ(types(Debug), "TDebugWriter;");
+  ASSERT_EQ(types(Error), "TDebugWriter;TConsoleWriter;TFileWriter;");
+  const auto& error_file = dynamic_cast<const TFileWriter&>(*Peek::WritersOf(Error)[2]);
+  EXPECT_EQ(PeekFile::NameOf(error_file), "c:\\error.log");
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <windows.h>
+#include "support/test_threads.h"
 
 #include <atomic>
 #include <string>
@@ -17,32 +17,28 @@ std::vector<std::wstring> Texts(const std::vector<_bstr_t>& values) {
   return texts;
 }
 
+// Names are compared without case; an unknown name reads as an empty value,
+// and a null name is the empty name.
 TEST(TPropertyList, NamesDifferingOnlyInCaseAreOneProperty) {
   TPropertyList list;
   list.PutProperty(L"Name", _value_t("first"));
-  EXPECT_TRUE(list.Have(L"NAME"));
-  EXPECT_EQ(list.GetCount(), 1);
   list.PutProperty(L"nAmE", _value_t("second"));
-  EXPECT_EQ(list.GetCount(), 1);
+  EXPECT_TRUE(list.Have(L"NAME"));
   EXPECT_EQ(list.GetProperty(L"name").as_string(), "second");
-  list.Delete(L"NAME");
-  EXPECT_FALSE(list.Have(L"Name"));
-  EXPECT_EQ(list.GetCount(), 0);
-}
-
-TEST(TPropertyList, UnknownNameGivesAnEmptyValueAndDeletesNothing) {
-  TPropertyList list;
-  list.PutProperty(L"a", _value_t(1));
-  list.Delete(L"b");
+  list.Delete(L"other");
   EXPECT_TRUE(list.GetProperty(L"missing").empty());
-  EXPECT_FALSE(list.Have(L"missing"));
-  EXPECT_EQ(list.GetCount(), 1);  // asking did not add it
-  list.PutProperty(_bstr_t(), _value_t("nothing"));  // a null name is the empty name
+  EXPECT_EQ(list.GetCount(), 1);  // neither deleting nor asking changed the list
+  list.Delete(L"NAME");
+  EXPECT_EQ(list.GetCount(), 0);
+  list.PutProperty(_bstr_t(), _value_t("nothing"));
   EXPECT_TRUE(list.Have(L""));
   EXPECT_EQ(list.GetProperty(_bstr_t()).as_string(), "nothing");
 }
 
-TEST(TPropertyList, GetPropertiesYieldsTheValuesAsTextInCaseInsensitiveNameOrder) {
+// The values as text in case-insensitive name order, replacing what was
+// there; a value without text stops it, keeping those before, and lets the
+// read go on the way out.
+TEST(TPropertyList, GetPropertiesYieldsTheValuesAsTextInNameOrder) {
   TPropertyList list;
   list.PutProperty(L"beta", _value_t(L"two"));
   list.PutProperty(L"Alpha", _value_t("one"));
@@ -50,50 +46,29 @@ TEST(TPropertyList, GetPropertiesYieldsTheValuesAsTextInCaseInsensitiveNameOrder
   std::vector<_bstr_t> out = {L"left over"};
   list.GetProperties(out);
   EXPECT_EQ(Texts(out), (std::vector<std::wstring>{L"one", L"two", L"three"}));
-}
-
-TEST(TPropertyList, GetPropertiesStopsAtAValueWithoutTextKeepingThoseBefore) {
-  TPropertyList list;
-  list.PutProperty(L"a", _value_t("x"));
-  list.PutProperty(L"b", _value_t(5));
-  list.PutProperty(L"c", _value_t("z"));
-  std::vector<_bstr_t> out;
+  list.PutProperty(L"b", _value_t(5));  // between Alpha and beta
   EXPECT_THROW(list.GetProperties(out), EBadCastException);
-  EXPECT_EQ(Texts(out), std::vector<std::wstring>{L"x"});
-  // The read was let go on the way out: a writer on another thread gets in.
-  struct Writer {
-    static DWORD WINAPI Run(void* p) {
-      static_cast<TPropertyList*>(p)->PutProperty(L"d", _value_t("w"));
-      return 0;
-    }
-  };
-  HANDLE writer = CreateThread(nullptr, 0, &Writer::Run, &list, 0, nullptr);
-  EXPECT_EQ(WaitForSingleObject(writer, 10000), WAIT_OBJECT_0);
-  CloseHandle(writer);
-  EXPECT_EQ(list.GetCount(), 4);
+  EXPECT_EQ(Texts(out), std::vector<std::wstring>{L"one"});
+  qz_test::WorkerThread writer([&] { list.PutProperty(L"d", _value_t("w")); });
+  ASSERT_TRUE(writer.Join(10000));
+  EXPECT_EQ(list.GetCount(), 5);
 }
 
-TEST(TPropertyList, PutAndGetShareTheStorageButAssigningToTheResultLeavesTheListAlone) {
-  TPropertyList list;
-  list.PutProperty(L"k", _value_t("stored"));
-  _value_t got = list.GetProperty(L"k");
-  EXPECT_EQ(got.data(), list.GetProperty(L"K").data());
+// Put and get share the storage, but assigning to the result leaves the list
+// alone; assigning a list replaces the entries with copies.
+TEST(TPropertyList, EntriesShareTheirValuesAndListAssignmentCopiesThem) {
+  TPropertyList list, copy;
+  const _value_t value("stored");
+  list.PutProperty(L"k", value);
+  _value_t got = list.GetProperty(L"K");
+  EXPECT_EQ(got.data(), value.data());
   got = "changed";
   EXPECT_EQ(list.GetProperty(L"k").as_string(), "stored");
-  const _value_t value(std::vector<int>{1, 2});
-  list.PutProperty(L"v", value);  // put shares the given value too
-  EXPECT_EQ(list.GetProperty(L"v").data(), value.data());
-}
-
-TEST(TPropertyList, AssignmentCopiesTheEntries) {
-  TPropertyList source, copy;
-  source.PutProperty(L"a", _value_t("1"));
   copy.PutProperty(L"old", _value_t("gone"));
-  copy = source;
-  source.PutProperty(L"b", _value_t("2"));
+  copy = list;
+  list.PutProperty(L"b", _value_t("2"));
   EXPECT_EQ(copy.GetCount(), 1);
-  EXPECT_FALSE(copy.Have(L"old"));
-  EXPECT_EQ(copy.GetProperty(L"A").as_string(), "1");
+  EXPECT_EQ(copy.GetProperty(L"k").as_string(), "stored");
 }
 
 // Writers and readers on several threads through the interface: every
@@ -102,31 +77,21 @@ TEST(TPropertyList, ThreadsShareOneListThroughTheInterface) {
   TPropertyList list;
   IPropertyList& shared = list;
   std::atomic<int> bad_reads{0};
-  struct Work {
-    IPropertyList* list;
-    int index;
-    std::atomic<int>* bad;
-  };
-  auto body = [](void* p) -> DWORD {
-    auto* w = static_cast<Work*>(p);
+  const auto work = [&](int index) {
     for (int i = 0; i < 200; ++i) {
-      const std::wstring name = L"t" + std::to_wstring(w->index) + L"-" + std::to_wstring(i);
-      w->list->PutProperty(name.c_str(), _value_t(name));
-      if (!w->list->Have(name.c_str()) || w->list->GetProperty(name.c_str()).as_wstring() != name) ++*w->bad;
+      const std::wstring name = L"t" + std::to_wstring(index) + L"-" + std::to_wstring(i);
+      shared.PutProperty(name.c_str(), _value_t(name));
+      if (!shared.Have(name.c_str()) || shared.GetProperty(name.c_str()).as_wstring() != name) ++bad_reads;
       std::vector<_bstr_t> all;
-      w->list->GetProperties(all);
-      if (i % 2) w->list->Delete(name.c_str());
+      shared.GetProperties(all);
+      if (i % 2) shared.Delete(name.c_str());
     }
-    return 0;
   };
-  Work work[4];
-  HANDLE threads[4];
-  for (int i = 0; i < 4; ++i) {
-    work[i] = {&shared, i, &bad_reads};
-    threads[i] = CreateThread(nullptr, 0, body, &work[i], 0, nullptr);
+  {
+    qz_test::WorkerThread threads[] = {qz_test::WorkerThread([&] { work(0); }), qz_test::WorkerThread([&] { work(1); }),
+                                       qz_test::WorkerThread([&] { work(2); }), qz_test::WorkerThread([&] { work(3); })};
+    for (auto& t : threads) ASSERT_TRUE(t.Join(60000));
   }
-  ASSERT_EQ(WaitForMultipleObjects(4, threads, TRUE, 60000), WAIT_OBJECT_0);
-  for (HANDLE t : threads) CloseHandle(t);
   EXPECT_EQ(bad_reads.load(), 0);
   EXPECT_EQ(shared.GetCount(), 4 * 100);
 }
