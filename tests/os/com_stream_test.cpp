@@ -146,13 +146,12 @@ TEST(CComStringStream, SeeksBothPositionsOrNeither) {
   CComStringStream stream;
   stream.Write("abcdef", 6, nullptr);
   ReadFrom(&stream, 1);
-  struct Case {
+  const struct {
     __int64 move;
     DWORD origin;
     HRESULT hr;
     ULONGLONG read_position, left;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {4, 3, S_OK, 1, 5},                                  // unknown origin: nothing moves
       {2, STREAM_SEEK_SET, S_OK, 2, 0},                    // both to 2
       {1, STREAM_SEEK_CUR, S_OK, 3, 0},                    // each from where it is
@@ -160,14 +159,15 @@ TEST(CComStringStream, SeeksBothPositionsOrNeither) {
       {-9, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 4, 0},  // before the start
       {9, STREAM_SEEK_END, STG_E_INVALIDFUNCTION, 4, 0},   // past the end
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.move) + " from " + std::to_string(c.origin));
     ULARGE_INTEGER position;
     position.QuadPart = 99;
-    EXPECT_EQ(stream.Seek(Move(c.move), c.origin, &position), c.hr) << c.move << " from " << c.origin;
+    EXPECT_EQ(stream.Seek(Move(c.move), c.origin, &position), c.hr);
     if (c.hr == S_OK) {
-      EXPECT_EQ(position.QuadPart, c.read_position) << c.move << " from " << c.origin;
+      EXPECT_EQ(position.QuadPart, c.read_position);
     }
-    EXPECT_EQ(StatSize(&stream), c.left) << c.move << " from " << c.origin;
+    EXPECT_EQ(StatSize(&stream), c.left);
   }
   EXPECT_EQ(ReadFrom(&stream, 9).second, "ef");
 }

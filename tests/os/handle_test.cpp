@@ -7,7 +7,6 @@
 
 namespace {
 
-using qz_test::CodeOf;
 using qz_test::CodeThrownBy;
 using qz_test::IsSignaled;
 using qz_test::RawEvent;
@@ -68,25 +67,11 @@ TEST(THandle, AssignmentClosesTheOldHandleAndDuplicatesTheNew) {
 
 TEST(THandle, FailedCloseDuplicateOrWaitThrows) {
   THandle null_handle(nullptr);
-  try {
-    null_handle.CloseHandle();
-    FAIL() << "closing the null handle succeeded";
-  } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_INVALID_HANDLE);
-    EXPECT_FALSE(std::string(e.get_value("Text")).empty());
-  }
+  EXPECT_EQ(CodeThrownBy([&] { null_handle.CloseHandle(); }), ERROR_INVALID_HANDLE);
   EXPECT_EQ(static_cast<void*>(null_handle), INVALID_HANDLE_VALUE);
   const HANDLE bogus = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x7ffffff0));  // never handed out
   EXPECT_THROW(THandle{bogus}, ESystemException);  // duplicating it
   EXPECT_EQ(CodeThrownBy([] { THandle(nullptr).WaitForSingleObject(0, FALSE); }), ERROR_INVALID_HANDLE);
-}
-
-TEST(THandle, WaitReportsTimeOutAndSignal) {
-  RawEvent raw;
-  THandle event(raw.h);
-  EXPECT_EQ(event.WaitForSingleObject(0, FALSE), static_cast<DWORD>(WAIT_TIMEOUT));
-  SetEvent(raw.h);
-  EXPECT_EQ(event.WaitForSingleObject(1000, TRUE), static_cast<DWORD>(WAIT_OBJECT_0));
 }
 
 }  // namespace
