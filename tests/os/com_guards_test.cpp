@@ -15,7 +15,6 @@ namespace {
 
 using qz_test::CapturedStream;
 using qz_test::CodeOf;
-using qz_test::WorkerThread;
 
 // The calling thread's apartment, by name.
 std::string Apartment() {
@@ -33,7 +32,7 @@ std::string Apartment() {
 template <class Outer, class Other>
 std::string ApartmentsThrough() {
   std::string seen;
-  WorkerThread thread([&seen] {
+  qz_test::WorkerThread thread([&seen] {
     seen = Apartment();
     {
       Outer guard;

@@ -15,7 +15,6 @@
 
 namespace {
 
-using qz_test::CapturedStream;
 using qz_test::TempPath;
 
 LARGE_INTEGER Move(__int64 n) {
@@ -70,7 +69,7 @@ TEST(CComFileStream, WithoutAFileOnlyStatThrows) {
 
 TEST(CComFileStream, OpeningAMissingFileTellsDebugAndGivesNull) {
   TempPath missing;
-  CapturedStream debug(Debug);
+  qz_test::CapturedStream debug(Debug);
   EXPECT_FALSE(CComFileStream::OpenFileStream(missing.wide(), GENERIC_READ, 0, OPEN_EXISTING));
   EXPECT_EQ(debug.text(), std::string("CComFileStream::OpenFileStream( \"") + missing.narrow() +
                               "\" ) - failed to open, error #2\n");

@@ -12,8 +12,6 @@
 
 namespace {
 
-using qz_test::CodeThrownBy;
-using qz_test::TempPath;
 using qz_test::UniqueName;
 
 // Views start at multiples of the allocation granularity.
@@ -42,7 +40,7 @@ TEST(TFileMapping, NamedMemoryIsSharedWithAnOpenedMapping) {
 }
 
 TEST(TFileMapping, MapsTheWholeFile) {
-  TempPath path;
+  qz_test::TempPath path;
   TFile file(path.wide(), GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS);
   file.WriteFile("mapped content", 15);
   TFileMapping mapping;
@@ -53,7 +51,7 @@ TEST(TFileMapping, MapsTheWholeFile) {
 
 TEST(TFileMapping, FailuresThrowTheSystemError) {
   TFileMapping missing;
-  EXPECT_EQ(CodeThrownBy([&] { missing.OpenFileMappingW(UniqueName(L"missing").c_str(), FILE_MAP_READ); }),
+  EXPECT_EQ(qz_test::CodeThrownBy([&] { missing.OpenFileMappingW(UniqueName(L"missing").c_str(), FILE_MAP_READ); }),
             ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(static_cast<void*>(missing), nullptr);
 

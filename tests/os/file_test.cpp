@@ -9,8 +9,6 @@
 
 namespace {
 
-using qz_test::CodeOf;
-using qz_test::CodeThrownBy;
 using qz_test::TempPath;
 
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
@@ -57,14 +55,14 @@ TEST(TFile, FailuresThrowTheSystemErrorAndOpenFillsAnEmptyObject) {
     TFile(path.wide(), GENERIC_READ, 0, OPEN_EXISTING);
     FAIL() << "opened a missing file";
   } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(qz_test::CodeOf(e), ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(std::string(e.get_value("Text")).empty());
   }
   TFile file(DoNotInitialize);
   char byte;
   EXPECT_THROW(file.ReadFile(&byte, 1), ESystemException);  // nothing open
   file.OpenFile(path.narrow(), GENERIC_READ, 0, CREATE_NEW);  // fills the empty object
-  EXPECT_EQ(CodeThrownBy([&] { file.WriteFile("x", 1); }), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(qz_test::CodeThrownBy([&] { file.WriteFile("x", 1); }), ERROR_ACCESS_DENIED);
   file.CloseHandle();
   EXPECT_THROW(file.OpenFile(path.wide(), GENERIC_READ, 0, CREATE_NEW), ESystemException);
 }

@@ -13,7 +13,6 @@
 namespace {
 
 using qz_test::CodeThrownBy;
-using qz_test::TempPath;
 using qz_test::UniqueName;
 
 // The two ends of a named pipe, both opened for overlapped I/O.
@@ -74,7 +73,7 @@ TEST(TOverlapped, CancelledReadOrFailingStartThrowsTheSystemError) {
 }
 
 TEST(TOverlapped, ReadsAFileAtTheGivenOffset) {
-  TempPath path;
+  qz_test::TempPath path;
   path.Put("0123456789");
   TOverlapped<TFile> file;
   file.AttachHandle(CreateFileW(path.wide(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,

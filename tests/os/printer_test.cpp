@@ -15,9 +15,7 @@
 
 namespace {
 
-using qz_test::CodeOf;
 using qz_test::CodeThrownBy;
-using qz_test::TempPath;
 
 // Fixed names, so that a run that was cut off is cleaned up by the next.
 wchar_t kDriver[] = L"qz test driver";
@@ -68,7 +66,7 @@ TEST_F(Printers, OpeningAMissingPrinterNamesWhatWasAsked) {
     TPrinter missing(L"qz no such printer", PRINTER_ACCESS_USE);
     FAIL();
   } catch (const ESystemException& e) {
-    EXPECT_EQ(CodeOf(e), ERROR_INVALID_PRINTER_NAME);
+    EXPECT_EQ(qz_test::CodeOf(e), ERROR_INVALID_PRINTER_NAME);
     EXPECT_EQ(static_cast<unsigned long>(e.get_value("Access")), static_cast<unsigned long>(PRINTER_ACCESS_USE));
     EXPECT_EQ(static_cast<std::wstring>(e.get_value("Name")), L"qz no such printer");
   }
@@ -184,7 +182,7 @@ TEST_F(Printers, EnumeratesPrintersAndPorts) {
 }
 
 TEST_F(Printers, ControlsAJobStartedForTheTest) {
-  TempPath output(L"", L".prn");
+  qz_test::TempPath output(L"", L".prn");
   DOC_INFO_1W document = {const_cast<wchar_t*>(L"qz test document"),
                           const_cast<wchar_t*>(output.wide()), kDataType};
   const DWORD job = StartDocPrinterW(printer, 1, reinterpret_cast<BYTE*>(&document));

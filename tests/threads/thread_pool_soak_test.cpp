@@ -131,23 +131,22 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
         }
       }
     };
-    const auto cancel = [&] {
+    // Every 2 ms cancels a recent task (waiting, running or done); every
+    // 20 ms changes the limits or, now and then, clears the queue.
+    const auto disturb = [&] {
       std::mt19937 random(7);
-      for (; !stop; Sleep(2)) {
+      for (int i = 1; !stop; ++i, Sleep(2)) {
         SmartPtr<SoakTask> task;
         {
           std::lock_guard<std::mutex> hold(tasks_lock);
-          if (recent_tasks.empty()) continue;
-          task = recent_tasks[random() % recent_tasks.size()];
+          if (!recent_tasks.empty()) task = recent_tasks[random() % recent_tasks.size()];
           if (recent_tasks.size() > 1000) recent_tasks.clear();
         }
-        task->Cancel();
-        ++cancels;
-      }
-    };
-    const auto disturb = [&] {
-      std::mt19937 random(11);
-      for (; !stop; Sleep(20)) {
+        if (task) {
+          task->Cancel();
+          ++cancels;
+        }
+        if (i % 10 != 0) continue;
         if (random() % 10 == 0) {
           pool->ClearQueue();
           ++clears;
@@ -158,7 +157,6 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
     };
     std::vector<std::unique_ptr<WorkerThread>> actors;
     for (unsigned i = 0; i < 4; ++i) actors.emplace_back(new WorkerThread([&, i] { produce(i + 1); }));
-    actors.emplace_back(new WorkerThread(cancel));
     actors.emplace_back(new WorkerThread(disturb));
     Sleep(soak_ms);
     stop = true;

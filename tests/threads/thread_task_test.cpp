@@ -12,7 +12,6 @@
 namespace {
 
 using qz_test::ValuesOf;
-using threads_test::Field;
 using threads_test::LambdaJob;
 using threads_test::LambdaTask;
 
@@ -101,7 +100,7 @@ TEST_F(ThreadTask, CancelDuringTheWorkReplacesTheWorker) {
   for (int i = 0; i < 3; ++i) pool->QueueJob(new LambdaJob([&] { ++ran; }));
   ASSERT_TRUE(pool->WaitForAllJobs(20000));
   EXPECT_EQ(ran, 3);
-  EXPECT_EQ(Field(*pool, "Threads"), 1);
+  EXPECT_EQ(threads_test::Field(*pool, "Threads"), 1);
 }
 
 // Work that never waits cannot be interrupted: the worker is terminated
