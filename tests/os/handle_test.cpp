@@ -16,15 +16,6 @@ bool IsOpen(HANDLE h) {
   return GetHandleInformation(h, &flags) != FALSE;
 }
 
-TEST(THandle, NullAndMinusOneMeanNoHandleAndAreNotClosed) {
-  EXPECT_EQ(static_cast<void*>(THandle()), INVALID_HANDLE_VALUE);
-  for (HANDLE none : {HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
-    THandle held(none);
-    THandle copy(held);
-    EXPECT_EQ(static_cast<void*>(copy), none);
-    EXPECT_FALSE(held.IsValidHandle());
-  }  // destructors close nothing and do not throw
-}
 
 TEST(THandle, OwnsADuplicateClosedWithItUnlessDetached) {
   RawEvent raw;
@@ -65,7 +56,16 @@ TEST(THandle, AssignmentClosesTheOldHandleAndDuplicatesTheNew) {
   EXPECT_EQ(static_cast<void*>(owner), INVALID_HANDLE_VALUE);
 }
 
-TEST(THandle, FailedCloseDuplicateOrWaitThrows) {
+// Null and -1 are no handle: copies keep them and destructors close nothing,
+// but an explicit close, duplicate or wait fails.
+TEST(THandle, NoHandleIsNotClosedButFailedCloseDuplicateOrWaitThrows) {
+  EXPECT_EQ(static_cast<void*>(THandle()), INVALID_HANDLE_VALUE);
+  for (HANDLE none : {HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
+    THandle held(none);
+    THandle copy(held);
+    EXPECT_EQ(static_cast<void*>(copy), none);
+    EXPECT_FALSE(held.IsValidHandle());
+  }  // destructors close nothing and do not throw
   THandle null_handle(nullptr);
   EXPECT_EQ(CodeThrownBy([&] { null_handle.CloseHandle(); }), ERROR_INVALID_HANDLE);
   EXPECT_EQ(static_cast<void*>(null_handle), INVALID_HANDLE_VALUE);
