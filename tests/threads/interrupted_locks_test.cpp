@@ -53,10 +53,7 @@ TEST(InterruptedLocks, MultiLockWaitersLeaveNoTrace) {
   for (const MultiLockCase& c : cases) {
     SCOPED_TRACE(c.name);
     TMultiLock lock;
-    if (c.holder_writes)
-      lock.WriteLock();
-    else
-      lock.ReadLock();
+    c.holder_writes ? lock.WriteLock() : lock.ReadLock();
     InterruptWhileWaiting([&] { c.wait(lock); });
     EXPECT_EQ(lock.GetStatusString(), c.holder_writes ? "locked_write, " + Me("W") : "locked_read, " + Me("R"));
 
