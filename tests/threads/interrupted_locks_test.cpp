@@ -83,6 +83,7 @@ TEST(InterruptedLocks, MultiLockWaitersLeaveNoTrace) {
 TEST(InterruptedLocks, KernelObjectWaitersTakeNothing) {
   TMutex mutex;
   mutex.Lock();
+  InterruptWhileWaiting([&] { mutex.Lock(); });
   InterruptWhileWaiting([&] { mutex.Lock(60000); });
   mutex.Unlock();
   Actor other;

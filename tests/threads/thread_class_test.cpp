@@ -18,9 +18,7 @@ using threads_test::LambdaThread;
 // The lock waits are in interrupted_locks_test.cpp.
 TEST(ThreadInterruption, EndsABodyInAnEndlessSleepOrPauseLoopWithoutTermination) {
   InterruptWhileWaiting([] { TThread::Sleep(INFINITE, 1); });
-  InterruptWhileWaiting([] {
-    for (;;) TThread::Pause();
-  });
+  InterruptWhileWaiting([] { for (;;) TThread::Pause(); });
 }
 
 TEST(ThreadInterruption, BeforeTheBodyRunsMeansItNeverRuns) {
@@ -39,10 +37,7 @@ TEST(ThreadInterruption, BeforeTheBodyRunsMeansItNeverRuns) {
 // the ended thread then changes nothing.
 TEST(ThreadInterruption, TerminatesABodyThatNeverWaits) {
   std::atomic<bool> spin{true};
-  LambdaThread thread([&] {
-    while (spin) {
-    }
-  });
+  LambdaThread thread([&] { while (spin) YieldProcessor(); });
   thread.StartThread();
   ASSERT_TRUE(thread.started.Signaled(10000));
   const DWORD start = GetTickCount();

@@ -107,10 +107,7 @@ TEST_F(ThreadTask, CancelDuringTheWorkReplacesTheWorker) {
 // after 5000 ms, the job still counts as done, and the pool goes on.
 TEST_F(ThreadTask, CancellingWorkThatNeverWaitsTerminatesTheWorker) {
   std::atomic<bool> spin{true};
-  SmartPtr<LambdaTask> task = new LambdaTask([&] {
-    while (spin) {
-    }
-  });
+  SmartPtr<LambdaTask> task = new LambdaTask([&] { while (spin) YieldProcessor(); });
   pool->QueueJob(task);
   ASSERT_TRUE(task->WaitForStart(10000));
   task->Cancel();
