@@ -8,6 +8,8 @@
 #include "threads/threads_test_support.h"
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -63,8 +65,7 @@ class Spinner : public TThreadClass {
  public:
   void Execute() override {
     g_spinning = true;
-    while (g_spin_forever) {
-    }
+    while (g_spin_forever) YieldProcessor();
   }
 };
 
@@ -85,29 +86,23 @@ TEST(ThreadClass, DestroyingARunningThreadIsBoundedAt1000Ms) {
   CloseHandle(thread);
 }
 
-struct RunawayCase {
-  const char* name;
-  std::function<void()> body;
-  const char* line;
-};
-
+// The body that runs away, and the line it leaves.
 TEST(ThreadClass, LogsRunawaysByteForByteAndReportsThem) {
-  const RunawayCase cases[] = {
-      {"one line", [] { throw std::runtime_error("disk full"); },
+  const std::pair<std::function<void()>, std::string> cases[] = {
+      {[] { throw std::runtime_error("disk full"); },
        "(!) Thread runaway with exception std::runtime_error:disk full\n"},
-      {"several lines", [] { throw std::logic_error("first\nsecond"); },
+      {[] { throw std::logic_error("first\nsecond"); },
        "(!) Thread runaway with exception std::logic_error:\nfirst\nsecond\n"},
-      {"EGeneric", [] { throw EGeneric({"Text", "boom"}); },
-       "(!) Thread runaway with exception EGeneric:boom\n"},
-      {"unknown", [] { throw 42; }, "(!) Thread runaway with unknown exception\n"},
+      {[] { throw EGeneric({"Text", "boom"}); }, "(!) Thread runaway with exception EGeneric:boom\n"},
+      {[] { throw 42; }, "(!) Thread runaway with unknown exception\n"},
   };
-  for (const RunawayCase& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.second);
     CapturedStream debug(Debug);
-    LambdaThread thread(c.body);
+    LambdaThread thread(c.first);
     thread.StartThread();
     ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(debug.text(), c.line);
+    EXPECT_EQ(debug.text(), c.second);
     EXPECT_EQ(thread.exceptions_reported, 1);
     EXPECT_EQ(thread.state(), 0);
   }
