@@ -85,12 +85,6 @@ int LibraryThreads() {
   return count;
 }
 
-DWORD ProcessHandles() {
-  DWORD count = 0;
-  GetProcessHandleCount(GetCurrentProcess(), &count);
-  return count;
-}
-
 TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
   qz_test::CapturedStream debug(Debug);  // the throwing jobs' lines stay off the debugger
   const char* seconds = std::getenv("QZ_SOAK_SECONDS");
@@ -105,8 +99,13 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
     warm_up->WaitForAllJobs(20000);
     warm_up->Shutdown();
   }
+  const auto handles = [] {
+    DWORD count = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &count);
+    return count;
+  };
   const int threads_before = LibraryThreads();
-  const DWORD handles_before = ProcessHandles();
+  const DWORD handles_before = handles();
   {
     SmartPtr<IThreadPool> pool = CreateNewThreadPool(8, 2, 0, 200000);
     std::atomic<bool> stop{false};
@@ -182,8 +181,8 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
   EXPECT_GT(tally.kept_exceptions, 1) << "beyond the warm-up's";
   EXPECT_TRUE(Eventually([&] { return LibraryThreads() == threads_before; }))
       << LibraryThreads() << " library threads, " << threads_before << " before";
-  EXPECT_TRUE(Eventually([&] { return ProcessHandles() <= handles_before; }))
-      << ProcessHandles() << " handles, " << handles_before << " before";
+  EXPECT_TRUE(Eventually([&] { return handles() <= handles_before; }))
+      << handles() << " handles, " << handles_before << " before";
 }
 
 }  // namespace

@@ -121,7 +121,6 @@ TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
   EXPECT_FALSE(pool->WaitForAllJobs(50)) << "the running job is not dropped";
   gate.open.Set();
   EXPECT_TRUE(pool->WaitForAllJobs(20000));
-  EXPECT_EQ(Field(*pool, "RunningJobs"), 0);
   EXPECT_EQ(done, 1);
   EXPECT_EQ(dropped_ran, 0);
   pool->Shutdown();
