@@ -35,22 +35,17 @@ void Upgrade(TMultiLock& l, DWORD timeout) {
   timeout == 0 ? l.WriteLock() : (void)l.WriteLock(timeout);
 }
 
-struct MultiLockCase {
-  const char* name;
-  bool holder_writes;  // the test thread holds a write, else a read
-  std::function<void(TMultiLock&)> wait;
-};
-
 // A timed wait is the same wait with a bound: one of them is enough.
 TEST(InterruptedLocks, MultiLockWaitersLeaveNoTrace) {
-  const MultiLockCase cases[] = {
+  // What the test thread holds (a write, else a read) and what the other waits for.
+  const struct { const char* name; bool holder_writes; std::function<void(TMultiLock&)> wait; } cases[] = {
       {"read behind a writer", true, [](TMultiLock& l) { l.ReadLock(); }},
       {"independent read behind a writer", true, [](TMultiLock& l) { l.ReadLockThreadIndependent(); }},
       {"write behind a reader", false, [](TMultiLock& l) { l.WriteLock(); }},
       {"upgrade beside a reader", false, [](TMultiLock& l) { Upgrade(l, 0); }},
       {"timed upgrade beside a reader", false, [](TMultiLock& l) { Upgrade(l, 60000); }},
   };
-  for (const MultiLockCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     TMultiLock lock;
     c.holder_writes ? lock.WriteLock() : lock.ReadLock();
