@@ -6,9 +6,6 @@
 
 namespace {
 
-using qz_test::CodeOf;
-using qz_test::CodeThrownBy;
-
 DWORD ExitCodeOf(const TProcess& process) {
   EXPECT_EQ(process.WaitForSingleObject(60000, TRUE), static_cast<DWORD>(WAIT_OBJECT_0));
   DWORD code = 0;
@@ -29,7 +26,7 @@ TEST(TProcess, ChildRunsOrIsTerminatedWithTheGivenCode) {
 
 TEST(TProcess, MissingProgramThrowsTheSystemError) {
   TProcess child;
-  EXPECT_EQ(CodeThrownBy([&] { child.CreateProcessW(L"qz-no-such-program.exe", 0); }), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(qz_test::CodeThrownBy([&] { child.CreateProcessW(L"qz-no-such-program.exe", 0); }), ERROR_FILE_NOT_FOUND);
   child.AttachHandle(nullptr);  // (-1 would be this very process)
   EXPECT_THROW(child.TerminateProcess(1), ESystemException);
 }

@@ -2,20 +2,14 @@
 // bounded stop and destruction, and the runaway lines.
 #include <qz/errors/exceptions.h>
 #include <qz/errors/tuning.h>
-#include <qz/logging/global_streams.h>
-#include <qz/sync/event.h>
-#include <qz/threads/thread_class.h>
 
-#include "support/captured_stream.h"
 #include "support/scoped_setting.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -26,9 +20,7 @@ using threads_test::LambdaThread;
 // The lock waits are in interrupted_locks_test.cpp.
 TEST(ThreadInterruption, EndsABodyInAnEndlessSleepOrPauseLoopWithoutTermination) {
   InterruptWhileWaiting([] { TThread::Sleep(INFINITE, 1); });
-  InterruptWhileWaiting([] {
-    for (;;) TThread::Pause();
-  });
+  InterruptWhileWaiting([] { for (;;) TThread::Pause(); });
 }
 
 TEST(ThreadInterruption, BeforeTheBodyRunsMeansItNeverRuns) {
@@ -47,10 +39,7 @@ TEST(ThreadInterruption, BeforeTheBodyRunsMeansItNeverRuns) {
 // the ended thread then changes nothing.
 TEST(ThreadInterruption, TerminatesABodyThatNeverWaits) {
   std::atomic<bool> spin{true};
-  LambdaThread thread([&] {
-    while (spin) {
-    }
-  });
+  LambdaThread thread([&] { while (spin) YieldProcessor(); });
   thread.StartThread();
   ASSERT_TRUE(thread.started.Signaled(10000));
   const DWORD start = GetTickCount();
@@ -76,8 +65,7 @@ class Spinner : public TThreadClass {
  public:
   void Execute() override {
     g_spinning = true;
-    while (g_spin_forever) {
-    }
+    while (g_spin_forever) YieldProcessor();
   }
 };
 
@@ -98,37 +86,23 @@ TEST(ThreadClass, DestroyingARunningThreadIsBoundedAt1000Ms) {
   CloseHandle(thread);
 }
 
-TEST(ThreadClass, StartingWhileRunningThrows) {
-  TEvent release;
-  LambdaThread thread([&] { release.WaitForSignal(); });
-  thread.StartThread();
-  EXPECT_THROW(thread.StartThread(), EGeneric);
-  release.Set();
-}
-
-struct RunawayCase {
-  const char* name;
-  std::function<void()> body;
-  const char* line;
-};
-
+// The body that runs away, and the line it leaves.
 TEST(ThreadClass, LogsRunawaysByteForByteAndReportsThem) {
-  const RunawayCase cases[] = {
-      {"one line", [] { throw std::runtime_error("disk full"); },
+  const std::pair<std::function<void()>, std::string> cases[] = {
+      {[] { throw std::runtime_error("disk full"); },
        "(!) Thread runaway with exception std::runtime_error:disk full\n"},
-      {"several lines", [] { throw std::logic_error("first\nsecond"); },
+      {[] { throw std::logic_error("first\nsecond"); },
        "(!) Thread runaway with exception std::logic_error:\nfirst\nsecond\n"},
-      {"EGeneric", [] { throw EGeneric({"Text", "boom"}); },
-       "(!) Thread runaway with exception EGeneric:boom\n"},
-      {"unknown", [] { throw 42; }, "(!) Thread runaway with unknown exception\n"},
+      {[] { throw EGeneric({"Text", "boom"}); }, "(!) Thread runaway with exception EGeneric:boom\n"},
+      {[] { throw 42; }, "(!) Thread runaway with unknown exception\n"},
   };
-  for (const RunawayCase& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.second);
     CapturedStream debug(Debug);
-    LambdaThread thread(c.body);
+    LambdaThread thread(c.first);
     thread.StartThread();
     ASSERT_EQ(WaitForSingleObject(thread, 10000), WAIT_OBJECT_0);
-    EXPECT_EQ(debug.text(), c.line);
+    EXPECT_EQ(debug.text(), c.second);
     EXPECT_EQ(thread.exceptions_reported, 1);
     EXPECT_EQ(thread.state(), 0);
   }
@@ -148,11 +122,12 @@ TEST(ThreadClass, AProcessorFaultInTheBodyIsARunaway) {
   EXPECT_EQ(thread.exceptions_reported, 1);
 }
 
-TEST(ThreadClass, GetCurrentStackOfAnotherThread) {
+TEST(ThreadClass, GetCurrentStackOfAnotherThreadAndNoSecondStart) {
   TEvent release;
   LambdaThread thread([&] { release.WaitForSignal(); });
   thread.StartThread();
   ASSERT_TRUE(thread.started.Signaled(10000));
+  EXPECT_THROW(thread.StartThread(), EGeneric);
   const std::string stack = thread.GetCurrentStack();
   EXPECT_NE(stack.find("\n-> "), std::string::npos) << stack;
   EXPECT_EQ(thread.ResumeThread(), 0u) << "the thread was left suspended";

@@ -1,18 +1,11 @@
 // TThreadPool: order, limits, overflow, waiting, clearing, shutdown, idle
 // retirement and the process-wide pool.
 #include <qz/errors/exceptions.h>
-#include <qz/logging/global_streams.h>
-#include <qz/sync/event.h>
 #include <qz/threads/thread_pool.h>
 
-#include "support/captured_stream.h"
 #include "support/error_code.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
 
 #include <cstdio>
 #include <memory>
@@ -22,7 +15,6 @@
 
 namespace {
 
-using qz_test::CapturedStream;
 using qz_test::Eventually;
 using qz_test::WorkerThread;
 using threads_test::Field;
@@ -41,26 +33,28 @@ struct Gate {
   }
 };
 
-TEST(ThreadPool, TextFormOfADefaultPool) {
-  SmartPtr<TThreadPool> pool = new TThreadPool;
-  char expected[200];
-  std::snprintf(expected, sizeof expected,
-                "Thread Pool 0x%x RunningJobs=0 Threads=0 Queue=0 Idle=0 MaxTotalThreads=50 MinIdleThreads=0",
-                static_cast<unsigned>(reinterpret_cast<uintptr_t>(pool.get())));
-  EXPECT_EQ(pool->ToString(), expected);
-}
-
-TEST(ThreadPool, OneWorkerRunsJobsInTheOrderQueued) {
+// Jobs that throw are logged and harm nothing: the worker stays and runs
+// the rest in order.
+TEST(ThreadPool, OneWorkerRunsJobsInTheOrderQueuedPastThrowingOnes) {
+  qz_test::CapturedStream debug(Debug);
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
-  std::vector<int> order, expected(50);
+  std::vector<int> order, expected(20);
   std::iota(expected.begin(), expected.end(), 0);
-  for (int i : expected) pool->QueueJob(new LambdaJob([&order, i] { order.push_back(i); }));
+  for (int i : expected) {
+    pool->QueueJob(new LambdaJob([&order, i] { order.push_back(i); }));
+    if (i == 5) pool->QueueJob(new LambdaJob([] { throw std::runtime_error("bad input"); }));
+    if (i == 6) pool->QueueJob(new LambdaJob([] { throw 7; }));
+  }
   ASSERT_TRUE(pool->WaitForAllJobs(20000));
   EXPECT_EQ(order, expected);
+  EXPECT_EQ(debug.text(),
+            "(!) Thread pool job failed with exception std::runtime_error:bad input\n"
+            "(!) Thread pool job failed with unknown exception\n");
   EXPECT_EQ(Field(*pool, "Threads"), 1);
   pool->Shutdown();
 }
 
+// Also the pool's text form.
 TEST(ThreadPool, AFullQueueThrowsWithItsThreeValuesInOrder) {
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(0, 0, 0, 1);
   EXPECT_FALSE(pool->QueueJob(new LambdaJob([] {})));
@@ -70,15 +64,19 @@ TEST(ThreadPool, AFullQueueThrowsWithItsThreeValuesInOrder) {
   } catch (const EGeneric& e) {
     EXPECT_EQ(qz_test::ValuesOf(e), "Text=Thread pool overflowed;JobQueueSize=1;ThreadsSize=0;");
   }
-  EXPECT_FALSE(static_cast<TThreadPool*>(pool.get())->TryQueueJob(new LambdaJob([] {})));
-  EXPECT_EQ(Field(*pool, "Queue"), 1);
-  EXPECT_EQ(Field(*pool, "RunningJobs"), 1);
+  TThreadPool* const raw = static_cast<TThreadPool*>(pool.get());
+  EXPECT_FALSE(raw->TryQueueJob(new LambdaJob([] {})));
+  char text[200];  // the refused jobs left no trace
+  std::snprintf(text, sizeof text,
+                "Thread Pool 0x%x RunningJobs=1 Threads=0 Queue=1 Idle=0 MaxTotalThreads=0 MinIdleThreads=0",
+                static_cast<unsigned>(reinterpret_cast<uintptr_t>(raw)));
+  EXPECT_EQ(pool->ToString(), text);
   EXPECT_THROW(CreateNewThreadPool(1, 0, 0, 0), ESystemException);
-  EXPECT_THROW(CreateNewThreadPool(1, 0, 0, -1), ESystemException);
 }
 
 // With no room for threads, jobs wait in the queue until the limit rises;
-// QueueJob's answer says whether a job can start without waiting.
+// QueueJob's answer says whether a job can start without waiting. Clearing
+// a queue with nothing running makes the pool all done at once.
 TEST(ThreadPool, JobsWaitForTheLimitAfterZeroOrShutdown) {
   for (const bool shut_down : {false, true}) {
     SCOPED_TRACE(shut_down ? "after Shutdown" : "max total 0");
@@ -90,9 +88,12 @@ TEST(ThreadPool, JobsWaitForTheLimitAfterZeroOrShutdown) {
       EXPECT_EQ(Field(*pool, "Threads"), 0);
       EXPECT_EQ(Field(*pool, "Idle"), 0) << "the interrupted worker kept its idle count";
     }
-    std::atomic<int> ran{0};
-    EXPECT_FALSE(pool->QueueJob(new LambdaJob([&] { ++ran; })));
-    EXPECT_FALSE(pool->QueueJob(new LambdaJob([&] { ++ran; })));
+    std::atomic<int> ran{0}, dropped_ran{0};
+    for (int i = 0; i < 2; ++i) EXPECT_FALSE(pool->QueueJob(new LambdaJob([&] { ++dropped_ran; })));
+    EXPECT_FALSE(pool->WaitForAllJobs(0));
+    pool->ClearQueue();
+    EXPECT_TRUE(pool->WaitForAllJobs(0));
+    for (int i = 0; i < 2; ++i) EXPECT_FALSE(pool->QueueJob(new LambdaJob([&] { ++ran; })));
     Sleep(100);
     EXPECT_EQ(ran, 0);
     EXPECT_EQ(Field(*pool, "Threads"), 0);
@@ -100,6 +101,7 @@ TEST(ThreadPool, JobsWaitForTheLimitAfterZeroOrShutdown) {
     pool->SetLimits(2, 0, 0);
     ASSERT_TRUE(pool->WaitForAllJobs(20000));
     EXPECT_EQ(ran, 2);
+    EXPECT_EQ(dropped_ran, 0);
     pool->Shutdown();
   }
 }
@@ -109,10 +111,9 @@ TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
   EXPECT_TRUE(pool->WaitForAllJobs(0));
   Gate gate;
-  std::atomic<int> done{0};
+  std::atomic<int> done{0}, dropped_ran{0};
   pool->QueueJob(gate.Job(&done));
   ASSERT_TRUE(Eventually([&] { return gate.waiting == 1; }));
-  std::atomic<int> dropped_ran{0};
   for (int i = 0; i < 3; ++i) pool->QueueJob(new LambdaJob([&] { ++dropped_ran; }));
   pool->ClearQueue();
   EXPECT_EQ(Field(*pool, "Queue"), 0);
@@ -120,38 +121,8 @@ TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
   EXPECT_FALSE(pool->WaitForAllJobs(50)) << "the running job is not dropped";
   gate.open.Set();
   EXPECT_TRUE(pool->WaitForAllJobs(20000));
-  EXPECT_EQ(Field(*pool, "RunningJobs"), 0);
   EXPECT_EQ(done, 1);
   EXPECT_EQ(dropped_ran, 0);
-  pool->Shutdown();
-
-  // Nothing running: all done at once, and later jobs still run.
-  SmartPtr<IThreadPool> idle_pool = CreateNewThreadPool(0, 0);
-  for (int i = 0; i < 3; ++i) idle_pool->QueueJob(new LambdaJob([&] { ++dropped_ran; }));
-  EXPECT_FALSE(idle_pool->WaitForAllJobs(0));
-  idle_pool->ClearQueue();
-  EXPECT_TRUE(idle_pool->WaitForAllJobs(0));
-  idle_pool->SetLimits(1, 0, 0);
-  idle_pool->QueueJob(new LambdaJob([&] { ++done; }));
-  EXPECT_TRUE(idle_pool->WaitForAllJobs(20000));
-  EXPECT_EQ(done, 2);
-  EXPECT_EQ(dropped_ran, 0);
-  idle_pool->Shutdown();
-}
-
-TEST(ThreadPool, AThrowingJobIsLoggedAndHarmsNothing) {
-  CapturedStream debug(Debug);
-  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
-  std::atomic<int> ran{0};
-  pool->QueueJob(new LambdaJob([] { throw std::runtime_error("bad input"); }));
-  pool->QueueJob(new LambdaJob([] { throw 7; }));
-  pool->QueueJob(new LambdaJob([&] { ++ran; }));
-  ASSERT_TRUE(pool->WaitForAllJobs(20000));
-  EXPECT_EQ(ran, 1);
-  EXPECT_EQ(debug.text(),
-            "(!) Thread pool job failed with exception std::runtime_error:bad input\n"
-            "(!) Thread pool job failed with unknown exception\n");
-  EXPECT_EQ(Field(*pool, "Threads"), 1);
   pool->Shutdown();
 }
 
@@ -167,12 +138,9 @@ TEST(ThreadPool, IdleWorkersRetireAfter10SecondsDownToTheMinimum) {
   ASSERT_TRUE(pool->WaitForAllJobs(20000));
   const DWORD start = GetTickCount();
   int fewest = 6;
-  while (GetTickCount() - start < 13000) {
+  for (DWORD spent = 0; spent < 13000; Sleep(50), spent = GetTickCount() - start) {
     fewest = std::min(fewest, Field(*pool, "Threads"));
-    if (GetTickCount() - start < 9000) {
-      EXPECT_EQ(fewest, 6) << "retired early";
-    }
-    Sleep(50);
+    EXPECT_TRUE(spent >= 9000 || fewest == 6) << "retired early, at " << spent << " ms";
   }
   EXPECT_EQ(fewest, 2);
   EXPECT_EQ(Field(*pool, "Threads"), 2);
@@ -185,11 +153,10 @@ TEST(ThreadPool, TheSystemPoolIsOneFromEveryThread) {
   IThreadPool* seen[8] = {};
   {
     std::vector<std::unique_ptr<WorkerThread>> callers;
-    for (auto& slot : seen)
-      callers.emplace_back(new WorkerThread([&go, &slot] {
-        go.WaitForSignal();
-        slot = GetSystemThreadPool().get();
-      }));
+    for (auto& slot : seen) callers.emplace_back(new WorkerThread([&go, &slot] {
+      go.WaitForSignal();
+      slot = GetSystemThreadPool().get();
+    }));
     go.Set();
     for (auto& caller : callers) ASSERT_TRUE(caller->Join(20000));
   }

@@ -21,8 +21,6 @@ void Count(unsigned long long counter) { ++*reinterpret_cast<std::atomic<int>*>(
 TEST(Thread, RunsItsEntryWithTheArgumentAndOperatesOnIt) {
   HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   TThread thread(&WaitForRelease, release);
-  thread.SetThreadPriority(THREAD_PRIORITY_LOWEST);
-  EXPECT_EQ(GetThreadPriority(thread), THREAD_PRIORITY_LOWEST);
   thread.DisableThreadPriorityBoost(true);
   EXPECT_EQ(GetThreadPriority(thread), 1);
   thread.DisableThreadPriorityBoost(false);

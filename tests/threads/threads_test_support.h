@@ -28,7 +28,6 @@ class LambdaThread : public TThreadClass {
  public:
   explicit LambdaThread(std::function<void()> body) : body_(std::move(body)) {}
   ~LambdaThread() override { StopThread(10000); }
-
   void Execute() override {
     started.Set();
     body_();
@@ -74,30 +73,24 @@ inline void InterruptWhileWaiting(const std::function<void()>& wait) {
   EXPECT_EQ(debug.text(), "");
 }
 
-class LambdaJob : public IThreadJob {
+// A job (IThreadJob) or task (TThreadTask) whose work is a lambda.
+template <class Base>
+class Lambda : public Base {
  public:
-  explicit LambdaJob(std::function<void()> work) : work_(std::move(work)) {}
+  explicit Lambda(std::function<void()> work) : work_(std::move(work)) {}
   void Execute() override { work_(); }
 
  private:
   std::function<void()> work_;
 };
-
-class LambdaTask : public TThreadTask {
- public:
-  explicit LambdaTask(std::function<void()> work) : work_(std::move(work)) {}
-  void Execute() override { work_(); }
-
- private:
-  std::function<void()> work_;
-};
+using LambdaJob = Lambda<IThreadJob>;
+using LambdaTask = Lambda<TThreadTask>;
 
 // A number from a pool's text form, e.g. Field(pool, "Threads").
 inline int Field(const SmartPtrObj& pool, const std::string& name) {
   const std::string text = pool.ToString();
   const size_t at = text.find(" " + name + "=");
-  if (at == std::string::npos) return -1;
-  return std::stoi(text.substr(at + name.size() + 2));
+  return at == std::string::npos ? -1 : std::stoi(text.substr(at + name.size() + 2));
 }
 
 }  // namespace threads_test
