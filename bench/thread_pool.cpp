@@ -11,7 +11,7 @@
 //             the library's design stands on
 //   plain-srw the same plain pool under the slim reader/writer lock
 //   system    the platform's own pool (TrySubmitThreadpoolCallback)
-// Every figure is the median of five rounds.
+// Every figure is the median of seven rounds, the pools taking turns.
 //
 // Goals: the library's pool at least 0.9x the throughput of plain-ml; and
 // plain-ml within 1.5x of plain-srw (the multi-lock costs the design little).
@@ -26,7 +26,6 @@
 #include <atomic>
 #include <cstdio>
 #include <deque>
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -34,7 +33,7 @@ namespace {
 
 constexpr int kWorkers = 4;
 constexpr int kJobsPerRound = 4000;
-constexpr int kRounds = 5;
+constexpr int kRounds = 7;
 
 class EmptyJob : public IThreadJob {
  public:
@@ -158,13 +157,18 @@ double Round(Pool& pool, int producers) {
   return each * producers / (Seconds() - start);
 }
 
-double Median(const std::function<Pool*()>& make, int producers) {
-  std::vector<double> rounds;
-  Pool* pool = make();
-  for (int r = 0; r < kRounds; ++r) rounds.push_back(Round(*pool, producers));
-  delete pool;
-  std::sort(rounds.begin(), rounds.end());
-  return rounds[kRounds / 2];
+// The median jobs per second of each pool, their rounds taken in turns, so
+// that whatever else the machine does meanwhile falls on all of them alike.
+std::vector<double> Medians(const std::vector<Pool*>& pools, int producers) {
+  std::vector<std::vector<double>> rounds(pools.size());
+  for (int r = 0; r < kRounds; ++r)
+    for (size_t p = 0; p < pools.size(); ++p) rounds[p].push_back(Round(*pools[p], producers));
+  std::vector<double> medians;
+  for (std::vector<double>& figures : rounds) {
+    std::sort(figures.begin(), figures.end());
+    medians.push_back(figures[kRounds / 2]);
+  }
+  return medians;
 }
 
 }  // namespace
@@ -176,10 +180,11 @@ int main() {
               "qz/ml", "srw/ml");
   bench::goals goals;
   for (int producers : {1, 2, 4}) {
-    const double qz = Median([] { return new LibraryPool; }, producers);
-    const double ml = Median([] { return new PlainPool<MultiLockHold>; }, producers);
-    const double srw = Median([] { return new PlainPool<SrwHold>; }, producers);
-    const double system = Median([] { return new SystemPool; }, producers);
+    const std::vector<Pool*> pools = {new LibraryPool, new PlainPool<MultiLockHold>, new PlainPool<SrwHold>,
+                                      new SystemPool};
+    const std::vector<double> medians = Medians(pools, producers);
+    for (Pool* pool : pools) delete pool;
+    const double qz = medians[0], ml = medians[1], srw = medians[2], system = medians[3];
     std::printf("  %-10d %12.0f %12.0f %12.0f %12.0f %10.2f %10.2f\n", producers, qz, ml, srw, system, qz / ml,
                 srw / ml);
     goals.at_least("pool-vs-plain-" + std::to_string(producers) + "p", qz / ml, 0.9);

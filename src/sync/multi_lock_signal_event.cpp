@@ -1,5 +1,7 @@
 #include <qz/sync/internal/multi_lock_signal_event.h>
 
+#include "sync/word_wait.h"
+
 namespace {
 
 // The order in which raised bits set their events.
@@ -30,6 +32,8 @@ const std::atomic<HANDLE>& _ml_free_signal_event::slot(unsigned int bit) const n
 void _ml_free_signal_event::raise_changed(unsigned int bits) noexcept {
   store_mask(signal_mask | bits);
   mark_stale(bits);
+  if (word_waiters.load(std::memory_order_relaxed) == 0) return;
+  stale_bits.fetch_or(bits == _ml_common::signal_free ? wake_one_on_word : wake_all_on_word);
 }
 
 void _ml_free_signal_event::lower_changed(unsigned int bits) noexcept {
@@ -77,6 +81,10 @@ void _ml_free_signal_event::sync_stale_events() noexcept {
         else
           ResetEvent(event);
       }
+      if ((stale & wake_all_on_word) != 0)
+        wake_word_waiters(peek_mask);
+      else if ((stale & wake_one_on_word) != 0)
+        wake_one_word_waiter(peek_mask);
     }
     syncing.store(false);
     if (stale_bits.load() == 0) return;
@@ -97,4 +105,8 @@ HANDLE _ml_free_signal_event::event_for(unsigned int bit) noexcept {
   if (event.compare_exchange_strong(existing, made)) return made;
   CloseHandle(made);
   return existing;
+}
+
+bool _ml_free_signal_event::wait_word_change(unsigned int seen, unsigned long ms) const noexcept {
+  return wait_while_word_is(peek_mask, seen, ms);
 }

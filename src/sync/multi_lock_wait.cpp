@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "sync/word_wait.h"
+
 namespace {
 
 // The tag of the per-wait timer among the signal bits.
@@ -14,14 +16,25 @@ constexpr int kPausesPerYield = 50;
 constexpr unsigned int kBitsInWaitOrder[] = {_ml_common::signal_sole_owner, _ml_common::signal_read_open,
                                              _ml_common::signal_free};
 
+// Pause instructions a lock call spins in all before it waits on the word:
+// about 4 us plus four yields of the processor (`scripts/bench multi`
+// weighs them). Enough for a hold of a few lines of work; a longer spin
+// takes the processor from the holder, and under Wine from the Wine server
+// that the holder may be waiting for.
+constexpr int kSpinsBeforeWordWait = 200;
+// Waits on the word a lock call makes before it sleeps on an event. Each
+// ends at the next raised bit, or after kWordWaitMs with nothing raised;
+// then the hold is a long one and the thread sleeps on the events at once.
+// So a thread stays out of alertable waits for about a millisecond of an
+// unchanged lock, or for as many hand-overs as this, whichever ends first.
+constexpr int kWordWaitsBeforeSleep = 20;
+constexpr DWORD kWordWaitMs = 1;
+
 }  // namespace
 
-// About 20 us of pause instructions plus 20 yields of the processor, as
-// `scripts/bench multi` measures them: longer than a typical hold of a lock
-// guarding a few lines of work, and about what a thread pays to sleep on an
-// event and be woken again under Wine (two kernel calls and a context
-// switch, tens of microseconds; several on Windows).
-const int TMultiLock::spins_before_sleep = 1000;
+TMultiLock::_wait_budget TMultiLock::fresh_budget() noexcept {
+  return {kSpinsBeforeWordWait, word_wait_available() ? kWordWaitsBeforeSleep : 0};
+}
 
 bool TMultiLock::holds_all(_owner_id owner) const {
   inner_lock(owner);
@@ -71,28 +84,50 @@ void spin_until(const _ml_free_signal_event& events, unsigned int bits, int& spi
 
 }  // namespace
 
-// The sole-owner bit may be up for somebody else, so the spin watches only
-// the other bits. Before sleeping the thread counts itself as a waiter on
-// its events under the inner lock, and brings them into line with the mask
-// once it has left it; releases touch an event only while it has waiters.
-// Every path out of the inner lock syncs the events: the read path may have
-// lowered the read-open bit just before coming here. The timer is
-// made after the inner lock is left: two kernel calls are long to make
-// other threads spin for. A new attempt makes a new timer, so the time-out
-// bounds each single wait. Procedure calls queued to the thread run during
-// the wait and it goes on; one that throws leaves by the exception.
-bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, int& spins) {
+// The sole-owner bit may be up for somebody else, so spinning and the word
+// wait watch only the other bits. Every path out of the inner lock syncs the
+// events: the read path may have lowered the read-open bit just before
+// coming here.
+bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, _wait_budget& budget) {
+  const unsigned int watched = mask & ~_ml_common::signal_sole_owner;
   if (timeout == 0) {
     inner_unlock();
     sync_events();
     return false;
   }
-  if (spins > 0) {
+  if (budget.spins > 0) {
     inner_unlock();
     sync_events();
-    spin_until(*this, mask & ~_ml_common::signal_sole_owner, spins);
+    spin_until(*this, watched, budget.spins);
     return true;
   }
+  if (budget.word_waits > 0) {
+    wait_on_word(watched, budget);
+    return true;
+  }
+  return sleep_on_events(mask, owner, timeout, budget);
+}
+
+// Counted as a word waiter before the inner lock is left, so that a raise
+// after the attempt either shows in `seen` or wakes this thread.
+void TMultiLock::wait_on_word(unsigned int watched, _wait_budget& budget) {
+  --budget.word_waits;
+  const unsigned int seen = begin_word_wait();
+  inner_unlock();
+  sync_events();
+  if ((seen & watched) == 0 && !wait_word_change(seen, kWordWaitMs)) budget.word_waits = 0;
+  end_word_wait();
+}
+
+// Before sleeping the thread counts itself as a waiter on its events under
+// the inner lock, and brings them into line with the mask once it has left
+// it; releases touch an event only while it has waiters. The timer is made
+// after the inner lock is left: two kernel calls are long to make other
+// threads spin for. A new attempt makes a new timer, so the time-out bounds
+// each single wait. Procedure calls queued to the thread run during the
+// wait and it goes on; one that throws leaves by the exception.
+bool TMultiLock::sleep_on_events(unsigned int mask, _owner_id owner, unsigned int timeout,
+                                 _wait_budget& budget) {
   HANDLE objects[4];
   unsigned int tags[4];
   DWORD count = 0;
@@ -121,7 +156,7 @@ bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeo
     if (tag == kTimerTag) return false;
     // The sole-owner event is set for whoever the one remaining owner is.
     if (tag == _ml_common::signal_sole_owner && !holds_all(owner)) continue;
-    spins = spins_before_sleep;  // woken: worth spinning again before the next sleep
+    budget = fresh_budget();  // woken: worth spinning again before the next sleep
     return true;
   }
 }

@@ -53,7 +53,7 @@ void TMultiLock::append(_owner_id entry) {
 // and the state found by the exchange can be kept without a way back.
 bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, _ml_common::_hold_t hold,
                               _ml_lock_hooks* hooks) {
-  int spins = spins_before_sleep;
+  _wait_budget budget = fresh_budget();
   for (bool first = true;; first = false) {
     enter_attempt(owner, first);
     unsigned int found = kNotLocked;
@@ -86,7 +86,7 @@ bool TMultiLock::read_lock_as(unsigned int timeout, _owner_id owner, _ml_common:
     // an upgrade lowers it otherwise). Left up, it would end this wait at
     // once, every time, and the reader would spin past its time-out.
     lower_bits(kReadOpen);
-    if (!wait_for(mask, owner, timeout, spins)) return false;
+    if (!wait_for(mask, owner, timeout, budget)) return false;
   }
 }
 
@@ -104,7 +104,7 @@ void TMultiLock::first_read_notified(_ml_lock_hooks& hooks, _owner_id owner) {
 // The state holds only the three values, so past "not locked" the lock is
 // read or written.
 bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
-  int spins = spins_before_sleep;
+  _wait_budget budget = fresh_budget();
   for (bool first = true;; first = false) {
     enter_attempt(owner, first);
     unsigned int found = kNotLocked;
@@ -126,7 +126,7 @@ bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_h
       return true;
     }
     if (found == kLockedRead && shares == _ml_common::shares_some) {
-      if (!wait_to_upgrade(owner, timeout, spins)) return false;
+      if (!wait_to_upgrade(owner, timeout, budget)) return false;
       continue;
     }
     if (found == kLockedWrite && shares == _ml_common::shares_all) {
@@ -137,13 +137,13 @@ bool TMultiLock::write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_h
     // A stranger waits for the lock to be free; a writer's own reader that
     // shares it with others waits to be its sole owner again.
     const unsigned int mask = shares == _ml_common::shares_none ? kFree : kSoleOwner | kFree;
-    if (!wait_for(mask, owner, timeout, spins)) return false;
+    if (!wait_for(mask, owner, timeout, budget)) return false;
   }
 }
 
 // Two readers waiting to upgrade would each wait for the other to leave:
 // only one may wait, the second is told at once.
-bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout, int& spins) {
+bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout, _wait_budget& budget) {
   if (upgrade_waiters.fetch_add(1) + 1 > 1) {
     upgrade_waiters.fetch_sub(1);
     // The status is taken before the inner lock is left: afterwards the
@@ -154,7 +154,7 @@ bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout, int& spi
   }
   bool entered = false;
   try {
-    entered = wait_for(kSoleOwner | kFree, owner, timeout, spins);
+    entered = wait_for(kSoleOwner | kFree, owner, timeout, budget);
   } catch (...) {
     drop_upgrade_waiter(owner);  // interrupted while waiting
     throw;
@@ -173,7 +173,7 @@ void TMultiLock::drop_upgrade_waiter(_owner_id owner) noexcept {
 }
 
 bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks) {
-  int spins = spins_before_sleep;
+  _wait_budget budget = fresh_budget();
   for (bool first = true;; first = false) {
     enter_attempt(owner, first);
     unsigned int found = kNotLocked;
@@ -184,7 +184,7 @@ bool TMultiLock::write_lock_independent_as(unsigned int timeout, _owner_id owner
       if (hooks != nullptr) hooks->first_write();
       return true;
     }
-    if (!wait_for(kFree, owner, timeout, spins)) return false;
+    if (!wait_for(kFree, owner, timeout, budget)) return false;
   }
 }
 

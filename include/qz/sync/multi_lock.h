@@ -42,23 +42,35 @@
 //     threads queueing for the inner lock behind a call, which takes tens of
 //     microseconds under Wine, fall into its millisecond back-off (in the
 //     pool benchmark, thousands of such sleeps per run).
-//   - Before sleeping, a lock call spins: up to 1000 pause instructions in
-//     all (about 20 ns each), giving up the processor every 50th step, and
-//     tries again as soon as the lock looks free; a thread woken from a
-//     sleep gets that budget again. Sleeping and being woken costs tens of
-//     microseconds under Wine (two kernel calls and a context switch), the
-//     whole spin about as much, so a short hold is waited out on the
-//     processor. A time-out of 0 never spins.
+//   - Before sleeping on an event, a lock call waits in two cheaper ways,
+//     trying again each time the lock may have changed:
+//     1. It spins: up to 200 pause instructions in all (about 20 ns each),
+//        giving up the processor every 50th step. A longer spin takes the
+//        processor from the holder, or under Wine from the Wine server.
+//     2. It waits on the signal mask's word (WaitOnAddress, from Windows 8
+//        on): up to 20 such waits, each ended by the next release (a release
+//        to free wakes one such waiter, other changes all) or after about a
+//        millisecond (a timer tick on Windows) with nothing released, which
+//        ends this step. It costs what the slim lock's own waiting costs;
+//        sleeping on an event and being woken costs about 60 us under Wine
+//        (kernel calls through the Wine server and a context switch).
+//     A thread woken from an event gets both budgets again. A time-out of 0
+//     never waits.
 //   - The inner lock spins 128 pauses before it backs off by sleeping.
 //   Two threads taking turns on one counter, and four threads reading nine
 //   times to every write, run within 5x of the slim lock (often faster: a
 //   spinning thread that finds the lock free keeps it, where the slim lock
-//   hands it over).
-// Every wait is alertable: a queued user procedure call runs and the wait
-// goes on, so an interruption that throws from the call (EThreadInterrupt)
-// leaves the lock operation with nothing taken, and with nothing counted:
-// a lock call that leaves by any way (result, time-out, exception) leaves
-// the lock as if it had never waited. A time-out bounds each single wait: a
+//   hands it over). A plain thread pool whose queue lock is a TMultiLock
+//   runs within 1.5x of the same pool on the slim lock (`scripts/bench
+//   pool`).
+// Every sleep on an event is alertable: a queued user procedure call runs
+// and the wait goes on. The spin and the word waits before it are not: a
+// call queued meanwhile runs once the thread sleeps on the events, after
+// about a millisecond in which the lock did not change, or after 20
+// releases, whichever comes first. An interruption that throws from the
+// call (EThreadInterrupt) leaves the lock operation with nothing taken, and
+// with nothing counted: a lock call that leaves by any way (result,
+// time-out, exception) leaves the lock as if it had never waited. A time-out bounds each single wait: a
 // thread woken that then loses the race to another waits up to the full
 // time-out again.
 //
@@ -185,16 +197,24 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
   // A reader waiting for the other readers to leave so that it can write;
   // entered with the inner lock held, which it leaves. The second reader
   // to try this while the first still waits gets the dead-lock error.
-  bool wait_to_upgrade(_owner_id owner, unsigned int timeout, int& spins);
+  // What a lock call may spend before it sleeps on an event: pause
+  // instructions, then short waits on the signal mask's word. A thread woken
+  // from an event gets a fresh budget.
+  struct _wait_budget {
+    int spins;
+    int word_waits;
+  };
+  static _wait_budget fresh_budget() noexcept;
+  bool wait_to_upgrade(_owner_id owner, unsigned int timeout, _wait_budget& budget);
   void drop_upgrade_waiter(_owner_id owner) noexcept;
-  // Entered with the inner lock held, which it leaves. While `spins` (the
-  // lock call's budget of pause instructions) lasts, spins until a bit of
-  // `mask` other than sole-owner shows, and says true so that the caller
-  // tries again; then waits until an event of `mask` fires (true) or the
-  // time-out passes (false). A time-out of 0 never waits.
-  bool wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, int& spins);
-  // The budget each lock call starts with.
-  static const int spins_before_sleep;
+  // Entered with the inner lock held, which it leaves. While the budget
+  // lasts, spins or waits on the word until a bit of `mask` other than
+  // sole-owner may be up, and says true so that the caller tries again;
+  // then sleeps until an event of `mask` fires (true) or the time-out
+  // passes (false). A time-out of 0 never waits.
+  bool wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, _wait_budget& budget);
+  void wait_on_word(unsigned int watched, _wait_budget& budget);
+  bool sleep_on_events(unsigned int mask, _owner_id owner, unsigned int timeout, _wait_budget& budget);
   // Whether a wake-up by the sole-owner event is meant for `owner`.
   bool holds_all(_owner_id owner) const;
 };

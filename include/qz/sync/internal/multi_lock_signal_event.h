@@ -23,6 +23,11 @@
 // On the way a waiter may be woken by a state already gone again; every
 // waiter tries its lock call again after a wake-up, so that costs a retry.
 //
+// Before a thread sleeps on an event it may wait a little on the mask's word
+// itself (begin_word_wait): a wait that costs no call to the Wine server and
+// wakes at any raised bit. Raising a bit while such waiters are counted
+// wakes them all, again outside the inner lock (by sync_events).
+//
 // Thread safety: TMultiLock calls everything but sync_events and the hints
 // under its inner lock; sync_events from any thread, outside it. The
 // destructor closes whichever events exist.
@@ -41,7 +46,7 @@ class QZ_API _ml_free_signal_event {
   _ml_free_signal_event() noexcept
       : read_open_event(nullptr), sole_owner_event(nullptr), free_event(nullptr),
         signal_mask(_ml_common::signal_free), peek_mask(_ml_common::signal_free), waiter_count(),
-        stale_bits(0), syncing(false) {}
+        stale_bits(0), syncing(false), word_waiters(0) {}
   _ml_free_signal_event(const _ml_free_signal_event&) = delete;
   _ml_free_signal_event& operator=(const _ml_free_signal_event&) = delete;
   ~_ml_free_signal_event();
@@ -69,8 +74,21 @@ class QZ_API _ml_free_signal_event {
   // The mask as last seen without the inner lock; a hint for spinning.
   unsigned int signalled_hint() const noexcept { return peek_mask.load(std::memory_order_relaxed); }
 
-  // Sets or resets every stale event to what its bit says now. Called
-  // outside the inner lock by each thread that marked an event stale.
+  // Counts the calling thread as a waiter on the mask's word and gives the
+  // mask it is to wait past; end_word_wait, outside the inner lock, takes
+  // it off the count again.
+  unsigned int begin_word_wait() noexcept {
+    word_waiters.fetch_add(1, std::memory_order_relaxed);
+    return signal_mask;
+  }
+  // Waits up to `ms` while the mask is still `seen`; false when the time
+  // passed without a change.
+  bool wait_word_change(unsigned int seen, unsigned long ms) const noexcept;
+  void end_word_wait() noexcept { word_waiters.fetch_sub(1, std::memory_order_relaxed); }
+
+  // Sets or resets every stale event to what its bit says now, and wakes the
+  // word's waiters after a raise. Called outside the inner lock by each
+  // thread that marked an event stale or raised a bit.
   void sync_events() noexcept {
     if (stale_bits.load() != 0) sync_stale_events();
   }
@@ -99,8 +117,13 @@ class QZ_API _ml_free_signal_event {
   unsigned int signal_mask;
   std::atomic<unsigned int> peek_mask;
   unsigned int waiter_count[3];
-  // Bits whose events are to be brought into line, and whether a thread is
-  // doing that now.
+  // Bits whose events are to be brought into line (and whether the word's
+  // waiters are to be woken: one for a lock gone free, all for the other
+  // bits), and whether a thread is doing that now.
   std::atomic<unsigned int> stale_bits;
   std::atomic<bool> syncing;
+  // Threads waiting on the mask's word; counted up under the inner lock.
+  std::atomic<unsigned int> word_waiters;
+  static constexpr unsigned int wake_one_on_word = 1;
+  static constexpr unsigned int wake_all_on_word = 16;
 };
