@@ -8,7 +8,8 @@
 #include <typeinfo>
 #include <utility>
 
-TThreadTask::TThreadTask() : started_event(true, false), finished_event(true, false), exception(nullptr) {
+TThreadTask::TThreadTask()
+    : started_event(true, false), finished_event(true, false), exception(nullptr), runner_thread(0) {
   InitializeSRWLock(&context_lock);
 }
 
@@ -68,27 +69,48 @@ void TThreadTask::SetPriority(int priority) {
   if (const SmartPtr<IThreadContext> worker = CurrentContext()) worker->SetPriority(priority);
 }
 
+SmartPtr<IThreadContext> TThreadTask::TakeContextToInterrupt() {
+  AcquireSRWLockExclusive(&context_lock);
+  SmartPtr<IThreadContext> taken;
+  if (runner_thread != GetCurrentThreadId()) taken = std::move(context);
+  ReleaseSRWLockExclusive(&context_lock);
+  return taken;
+}
+
+// Taking the context decides the race with the end of the work: whoever
+// takes it first owns the worker's end. So an interruption goes only to a
+// worker still inside this task, and that worker waits for it (RunOn). A
+// context left behind (the task cancelled itself, or its work had not yet
+// begun) is the worker's to let go.
 // The worker is replaced so that the pool keeps its strength; a failure to
 // start the new thread must not make the cancel fail.
 void TThreadTask::Cancel() {
-  if (IsRunning()) {
-    if (const SmartPtr<IThreadContext> worker = CurrentContext()) {
-      worker->Interrupt();
-      try {
-        worker->Start();
-      } catch (...) {
-      }
+  if (const SmartPtr<IThreadContext> worker = TakeContextToInterrupt()) {
+    worker->Interrupt();
+    try {
+      worker->Start();
+    } catch (...) {
     }
   }
   finished_event.Set();
-  TakeContext();
 }
+
+namespace {
+
+// A Cancel took the worker while the work was ending and has sent, or is
+// sending, its interruption: the procedure call that throws it runs here.
+[[noreturn]] void await_interruption() {
+  for (;;) SleepEx(INFINITE, TRUE);
+}
+
+}  // namespace
 
 // A task cancelled before a worker reached it never runs its work.
 void TThreadTask::RunOn(SmartPtr<IThreadContext> worker) {
   if (IsFinished()) return;
   AcquireSRWLockExclusive(&context_lock);
   context = worker;
+  runner_thread = GetCurrentThreadId();
   ReleaseSRWLockExclusive(&context_lock);
   TaskStarted();
   EGeneric* kept = nullptr;
@@ -105,5 +127,7 @@ void TThreadTask::RunOn(SmartPtr<IThreadContext> worker) {
     kept = new EGeneric({"Text", "Unknown exception"});
   }
   delete std::exchange(exception, kept);
+  const bool cancelled = !TakeContext();
   TaskFinished();
+  if (cancelled) await_interruption();
 }

@@ -103,6 +103,26 @@ TEST_F(ThreadTask, CancelDuringTheWorkReplacesTheWorker) {
   EXPECT_EQ(threads_test::Field(*pool, "Threads"), 1);
 }
 
+// Work that returns without waiting after a Cancel began takes the
+// interruption on its way out; the next job on that worker runs in peace.
+TEST_F(ThreadTask, CancelDuringWorkThatEndsWithoutWaitingSparesTheNextJob) {
+  SmartPtr<LambdaTask> task = new LambdaTask([] {
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < 300) YieldProcessor();
+  });
+  std::atomic<bool> next_done{false};
+  pool->QueueJob(task);
+  pool->QueueJob(new LambdaJob([&] {
+    TEvent never;
+    never.Signaled(200);  // an alertable wait: a stray interruption lands here
+    next_done = true;
+  }));
+  ASSERT_TRUE(task->WaitForStart(10000));
+  task->Cancel();
+  ASSERT_TRUE(pool->WaitForAllJobs(20000));
+  EXPECT_TRUE(next_done) << "the cancel interrupted the next job";
+}
+
 // Work that never waits cannot be interrupted: the worker is terminated
 // after 5000 ms, the job still counts as done, and the pool goes on.
 TEST_F(ThreadTask, CancellingWorkThatNeverWaitsTerminatesTheWorker) {

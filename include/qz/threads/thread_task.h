@@ -24,10 +24,11 @@
 // wait; a worker that does not end within 5000 ms is terminated, and the
 // job counts as done all the same) and starts a fresh thread in the
 // worker's place, so the pool keeps its strength.
-// Work that never waits alertably is thus ended by termination. Cancel from
-// the task's own work only marks it finished. A Cancel that races the end of
-// the work may reach the worker after it has moved on to its next job and
-// interrupt that one instead.
+// Cancel from the task's own work only marks it finished. A Cancel that
+// comes while the work runs without waiting alertably reaches the worker
+// when the work returns: the worker waits for the interruption there, so it
+// never lands in the next job. Work that neither waits nor returns within
+// the 5000 ms is ended by termination.
 //
 // A task is a counted object, whose destructor cannot throw: a task with a
 // member whose destructor may (a TEvent, any THandle) declares its own
@@ -114,6 +115,10 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   void RunOn(SmartPtr<IThreadContext> worker);
   SmartPtr<IThreadContext> CurrentContext() const;
   SmartPtr<IThreadContext> TakeContext();
+  // Cancel's side: the worker, taken unless the caller is the worker itself.
+  SmartPtr<IThreadContext> TakeContextToInterrupt();
 
   mutable SRWLOCK context_lock;
+  // The thread running the work, under context_lock; 0 before it starts.
+  DWORD runner_thread;
 };
