@@ -34,8 +34,9 @@ TEST(DebugStreamWriters, TextReachesEveryWriterInInsertionOrderIncludingRepeats)
 }
 
 // RemoveWriter takes the first entry of that writer, or the last entry when
-// the writer is absent; ChangeWriter leaves exactly the new one.
-TEST(DebugStreamWriters, RemoveChangeAndClearEditTheListAsDesigned) {
+// the writer is absent; ChangeWriter leaves exactly the new one; += appends
+// the other stream's writers, and doubles a stream added to itself.
+TEST(DebugStreamWriters, RemoveChangeClearAndPlusEqualsEditTheListAsDesigned) {
   Writer a(new MemoryWriter), b(new MemoryWriter), c(new MemoryWriter);
   TDebugStream s(a, b, a);
   s.RemoveWriter(a);
@@ -45,19 +46,14 @@ TEST(DebugStreamWriters, RemoveChangeAndClearEditTheListAsDesigned) {
   s.AddWriter(a);
   s.ChangeWriter(c);
   EXPECT_EQ(Peek::WritersOf(s), (WriterList{c}));
+  TDebugStream other(a, b);
+  s += other;
+  EXPECT_EQ(Peek::WritersOf(s), (WriterList{c, a, b}));
+  other += other;
+  EXPECT_EQ(Peek::WritersOf(other), (WriterList{a, b, a, b}));
   s.ClearWriters();
   EXPECT_TRUE(Peek::WritersOf(s).empty());
   EXPECT_FALSE(s.GetEnabled());
-}
-
-TEST(DebugStreamWriters, PlusEqualsAppendsTheOtherStreamsWritersAndDoublesItself) {
-  Writer a(new MemoryWriter), b(new MemoryWriter), c(new MemoryWriter);
-  TDebugStream mine(a);
-  TDebugStream other(b, c);
-  mine += other;
-  EXPECT_EQ(Peek::WritersOf(mine), (WriterList{a, b, c}));
-  other += other;
-  EXPECT_EQ(Peek::WritersOf(other), (WriterList{b, c, b, c}));
 }
 
 TEST_F(DebugStream, CopiesAndAssignmentsShareWritersFlagsAndTheMutex) {
@@ -100,13 +96,6 @@ TEST(DebugStreamFlags, FlagsAreCapitalLettersOnlyAndNeedAWriter) {
   }
 }
 
-TEST_F(DebugStream, NullTextOrZeroLengthReachesNoWriter) {
-  s.WriteString(nullptr, 5);
-  s.WriteString("abc", 0);
-  s.WriteString("a\0b", 3);
-  EXPECT_EQ(memory->calls, std::vector<std::string>{std::string("a\0b", 3)});
-}
-
 TEST(DebugStreamWrite, WriterFailurePassesOutAndReleasesTheLock) {
   auto* memory = new MemoryWriter;
   TDebugStream s(memory, new ThrowingWriter, memory);
@@ -117,22 +106,26 @@ TEST(DebugStreamWrite, WriterFailurePassesOutAndReleasesTheLock) {
   EXPECT_EQ(memory->text(), "xy");  // the writers before the failing one got it
 }
 
-// The runtime's rules (%I64d), and the 4096-byte buffer: 4095 characters
-// fit, longer text is cut and the full buffer goes out, its zero included.
-TEST_F(DebugStream, PrintfFormatsWithTheRuntimesRulesAndCutsBeyond4095Characters) {
+// WriteString passes bytes as given (zeros too) and skips null or empty text.
+// printf: the runtime's rules (%I64d), and the 4096-byte buffer: 4095
+// characters fit, longer text is cut and the full buffer goes out, its zero included.
+TEST_F(DebugStream, WriteStringAndPrintfCutBeyond4095Characters) {
+  s.WriteString(nullptr, 5);
+  s.WriteString("abc", 0);
+  s.WriteString("a\0b", 3);
   s.printf("%d|%I64d|%s|%5.2f", -7, -1234567890123LL, "t", 2.5);
   s.printf("%s", std::string(4095, 'x').c_str());
   s.printf("%s", std::string(5000, 'y').c_str());
-  EXPECT_EQ(memory->calls, (std::vector<std::string>{"-7|-1234567890123|t| 2.50", std::string(4095, 'x'),
-                                                     std::string(4095, 'y') + '\0'}));
+  EXPECT_EQ(memory->calls, (std::vector<std::string>{std::string("a\0b", 3), "-7|-1234567890123|t| 2.50",
+                                                     std::string(4095, 'x'), std::string(4095, 'y') + '\0'}));
 }
 
 TEST_F(DebugStream, WriteDoubleAndDumpWriteGFormatAndUpperCaseHexPairsAndContinueTheStatement) {
   s.WriteDouble(0.25) << " and " << 1;
   s.WriteDouble(1e20) << '|';
   const unsigned char bytes[] = {0x0A, 0xFF, 0x00, 0x7c};
-  for (int length : {2, 4, 1, 0, -3}) s.Dump(bytes, length) << '|';
-  EXPECT_EQ(memory->text(), "0.25 and 11e+020|0A FF|0A FF 00 7C|0A|||");
+  for (int length : {4, 0, -3}) s.Dump(bytes, length) << '|';
+  EXPECT_EQ(memory->text(), "0.25 and 11e+020|0A FF 00 7C|||");
 }
 
 // "HH:MM:SS.mmm " and the date line that the first prefix carries.
