@@ -46,7 +46,6 @@ TEST_F(ThreadTask, KeepsWhatTheWorkThrewForRethrow) {
   SmartPtr<LambdaTask> other = new LambdaTask([] { throw 1; });
   for (auto* task : {system.get(), standard.get(), other.get()}) pool->QueueJob(task);
   ASSERT_TRUE(pool->WaitForAllJobs(20000));
-  const ESystemException original(5);
   // What each rethrows: all EGeneric, with the original's values.
   const auto values = [](TThreadTask& task) {
     try {
@@ -57,8 +56,7 @@ TEST_F(ThreadTask, KeepsWhatTheWorkThrewForRethrow) {
     return std::string("nothing thrown");
   };
   ASSERT_TRUE(system->IsException());
-  EXPECT_EQ(values(*system), ValuesOf(original));
-  EXPECT_EQ(values(*system).rfind("Code=5;Text=", 0), 0u);
+  EXPECT_EQ(values(*system), ValuesOf(ESystemException(5)));
   EXPECT_NE(values(*standard).find("Text=index 9;"), std::string::npos) << values(*standard);
   EXPECT_NE(values(*standard).find("Type=std::out_of_range;"), std::string::npos) << values(*standard);
   EXPECT_NE(values(*other), "nothing thrown");

@@ -17,8 +17,8 @@ unsigned int WaitForRelease(void* release) {
 void Count(unsigned long long counter) { ++*reinterpret_cast<std::atomic<int>*>(counter); }
 
 // DisableThreadPriorityBoost is kept as the library always had it: the flag
-// is the new priority.
-TEST(Thread, RunsItsEntryWithTheArgumentAndOperatesOnIt) {
+// is the new priority. Calls queued to a thread run in an alertable sleep only.
+TEST(Thread, RunsItsEntryWithTheArgumentOperatesOnItAndQueuesCalls) {
   HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   TThread thread(&WaitForRelease, release);
   thread.DisableThreadPriorityBoost(true);
@@ -31,9 +31,6 @@ TEST(Thread, RunsItsEntryWithTheArgumentAndOperatesOnIt) {
   GetExitCodeThread(thread, &exit_code);
   EXPECT_EQ(exit_code, 7u);
   CloseHandle(release);
-}
-
-TEST(Thread, QueuedCallsRunInAnAlertableSleepOnly) {
   TThread self(DoNotInitialize);
   self.AttachHandle(OpenThread(THREAD_ALL_ACCESS, FALSE, GetCurrentThreadId()));
   std::atomic<int> calls{0};
