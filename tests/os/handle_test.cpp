@@ -17,8 +17,9 @@ bool IsOpen(HANDLE h) {
 }
 
 
-TEST(THandle, OwnsADuplicateClosedWithItUnlessDetached) {
-  RawEvent raw;
+// Assignment closes the old handle and duplicates the new.
+TEST(THandle, OwnsADuplicateClosedWithItUnlessDetachedAndAssignmentReplacesIt) {
+  RawEvent raw, second;
   HANDLE duplicate, detached;
   {
     THandle owner(raw.h);
@@ -33,21 +34,12 @@ TEST(THandle, OwnsADuplicateClosedWithItUnlessDetached) {
   }
   EXPECT_FALSE(IsOpen(duplicate));
   EXPECT_TRUE(IsOpen(raw.h));
-  {
-    THandle owner;
-    owner.AttachHandle(detached);  // takes over without duplicating
-    EXPECT_EQ(static_cast<void*>(owner), detached);
-  }
-  EXPECT_FALSE(IsOpen(detached));
-}
-
-TEST(THandle, AssignmentClosesTheOldHandleAndDuplicatesTheNew) {
-  RawEvent first, second;
-  THandle owner(first.h);
-  HANDLE old = owner;
+  THandle owner;
+  owner.AttachHandle(detached);  // takes over without duplicating
+  EXPECT_EQ(static_cast<void*>(owner), detached);
   owner = second.h;
   // closed: either gone or already reused for the duplicate
-  EXPECT_TRUE(static_cast<void*>(owner) == old || !IsOpen(old));
+  EXPECT_TRUE(static_cast<void*>(owner) == detached || !IsOpen(detached));
   EXPECT_NE(static_cast<void*>(owner), second.h);
   ASSERT_TRUE(SetEvent(owner));
   EXPECT_TRUE(IsSignaled(second.h));
