@@ -1,5 +1,6 @@
 // Two readers that both want to write would wait for each other for ever;
 // the second one is told instead.
+#include <qz/errors/exceptions.h>
 #include <qz/errors/generic.h>
 #include <qz/sync/multi_lock.h>
 
@@ -13,7 +14,7 @@ using namespace multi_lock_test;
 
 // A timed upgrade that gives up no longer counts as waiting, so the same
 // reader may wait to upgrade again instead of being told off.
-TEST(TMultiLockDeadLock, SecondUpgraderGetsTheErrorWithBothReadsAndTheWaiter) {
+TEST(TMultiLockDeadLock, SecondUpgraderGetsTheErrorAndGivenUpUpgradesNoLongerCount) {
   ProbedLock lock;
   Actor first;
   ReleaseOnExit cleanup(lock);
@@ -37,9 +38,18 @@ TEST(TMultiLockDeadLock, SecondUpgraderGetsTheErrorWithBothReadsAndTheWaiter) {
     EXPECT_EQ(std::string(e.get_value("Status")), status);
     EXPECT_EQ(e.values().front().first, "Status");
   }
-  // The loser keeps its read; giving it up lets the first upgrader in.
+  // The loser keeps its read. An interrupted upgrader keeps its read too and
+  // no longer counts as waiting; the loser giving up its read lets a new
+  // upgrade in.
   EXPECT_FALSE(first.Finished(50));
   EXPECT_EQ(lock.GetStatusString(), status);
+  ASSERT_TRUE(QueueUserAPC(ThrowInterrupt, first.handle(), 0));
+  ASSERT_TRUE(first.Finished());
+  EXPECT_THROW(first.Rethrow(), EThreadInterrupt);
+  EXPECT_EQ(lock.waiting_upgraders(), 0);
+  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(first.id()) + "," + Read(Me()));
+  first.Start([&] { lock.WriteLock(); });
+  ASSERT_TRUE(Eventually([&] { return lock.waiting_upgraders() == 1; }));
   lock.Unlock();
   ASSERT_TRUE(first.Finished());
   first.Rethrow();

@@ -12,10 +12,10 @@ namespace {
 using namespace multi_lock_test;
 
 // Bits of the events, to see that a thread has come to wait.
-constexpr unsigned int kFree = 2, kSoleOwner = 4, kReadOpen = 8;
+constexpr unsigned int kFree = 2, kReadOpen = 8;
 
 // Here an independent writer; a thread's own writer waits the same way below,
-// and an upgrader in the dead-lock tests; writers after writers are in the
+// and an upgrader (also interrupted) in the dead-lock test; writers after writers are in the
 // stress test.
 TEST(TMultiLockWaking, WaitingWriterEntersWhenTheLastReaderLeaves) {
   ProbedLock lock;
@@ -106,24 +106,6 @@ TEST(TMultiLockWaking, InterruptionThrownDuringTheWaitLeavesWithNothingTaken) {
   EXPECT_EQ(lock.GetStatusString(), "locked_write, " + Write(Me()));
   lock.Unlock();
   ASSERT_TRUE(writer.Run([&] { Do(lock, "Wu"); }));
-}
-
-TEST(TMultiLockWaking, InterruptedUpgraderNoLongerCountsAsWaiting) {
-  ProbedLock lock;
-  Actor upgrader;
-  ReleaseOnExit cleanup(lock);
-  ASSERT_TRUE(upgrader.Run([&] { lock.ReadLock(); }));
-  lock.ReadLock();
-  upgrader.Start([&] { lock.WriteLock(); });
-  ASSERT_TRUE(Eventually([&] { return lock.waiting_upgraders() == 1 && lock.has_event(kSoleOwner); }));
-  ASSERT_TRUE(QueueUserAPC(ThrowInterrupt, upgrader.handle(), 0));
-  ASSERT_TRUE(upgrader.Finished());
-  EXPECT_THROW(upgrader.Rethrow(), EThreadInterrupt);
-  EXPECT_EQ(lock.waiting_upgraders(), 0);
-  EXPECT_EQ(lock.GetStatusString(), "locked_read, " + Read(upgrader.id()) + "," + Read(Me()));
-  ASSERT_TRUE(upgrader.Run([&] { lock.Unlock(); }));
-  EXPECT_TRUE(lock.WriteLock(0));  // the only reader now
-  Do(lock, "uu");
 }
 
 }  // namespace
