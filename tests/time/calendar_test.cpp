@@ -59,15 +59,13 @@ TEST(TimeText, CtimeIsLocalWithoutTrailingNewlineOrThePlaceholder) {
   EXPECT_EQ(_time_t(1616893200).ctime(), "Sun Mar 28 03:00:00 2021");
 }
 
-TEST(TimeText, Iso8601IsUtcAndRoundTrips) {
+TEST(TimeText, Iso8601IsUtcAndRoundTripsThroughTheParser) {
   EXPECT_EQ(_time_t(1577934245).iso8601time(), "2020-01-02T03:04:05.000");
   for (__int64 t : {0LL, 951782400LL /* 2000-02-29 */, 32535215999LL}) {
     const _time_t value(t);
     EXPECT_EQ(_time_t::mktime(value.iso8601time()), value) << value.iso8601time();
   }
-}
-
-TEST(TimeText, IsoParserIgnoresTheTailButNeedsAllSixFields) {
+  // The parser ignores the tail but needs all six fields.
   const _time_t expected(1577934245);
   for (const char* text : {"2020-01-02T03:04:05", "2020-01-02T03:04:05.999Z"})
     EXPECT_EQ(_time_t::mktime(std::string(text)), expected) << text;
@@ -136,27 +134,23 @@ std::string assertion(const std::string& condition, int line, const std::string&
 }
 
 // Only the broken-down fields are set: no weekday, no milliseconds; the
-// producer ignores both.
-TEST(TimeWindowsForms, SystemTimesCarryAndTakeTheBrokenDownFieldsOnly) {
+// producer ignores both. File times round-trip as UTC.
+TEST(TimeWindowsForms, SystemAndFileTimesRoundTrip) {
   const _time_t t(kSummerNoonBerlin);
   const SYSTEMTIME utc = t.systemtime();
   SYSTEMTIME st = {2021, 7, 0, 1, 10, 0, 0, 0};
   EXPECT_EQ(std::memcmp(&utc, &st, sizeof st), 0);
   st.wDayOfWeek = 3, st.wMilliseconds = 999;
   EXPECT_EQ(_time_t::mktime(st, true), t);
+  const FILETIME ft = t.filetime();
+  EXPECT_EQ(ULARGE_INTEGER({{ft.dwLowDateTime, ft.dwHighDateTime}}).QuadPart,
+            (static_cast<unsigned __int64>(kSummerNoonBerlin) + 11644473600ULL) * 10000000ULL);
+  EXPECT_EQ(_time_t::mktime(ft, true), t);
   SKIP_UNLESS_BERLIN_ZONE();
   const SYSTEMTIME local = t.localsystemtime();
   EXPECT_EQ(local.wHour, 12);
   EXPECT_EQ(local.wDayOfWeek, 0);
   EXPECT_EQ(_time_t::mktime(local, false), t);
-}
-
-TEST(TimeWindowsForms, FileTimeRoundTripsAsUtc) {
-  const _time_t t(kSummerNoonBerlin);
-  const FILETIME ft = t.filetime();
-  EXPECT_EQ(ULARGE_INTEGER({{ft.dwLowDateTime, ft.dwHighDateTime}}).QuadPart,
-            (static_cast<unsigned __int64>(kSummerNoonBerlin) + 11644473600ULL) * 10000000ULL);
-  EXPECT_EQ(_time_t::mktime(ft, true), t);
 }
 
 // Zero and invalid map onto each other.

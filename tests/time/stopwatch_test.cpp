@@ -36,7 +36,7 @@ TEST(TicksStopwatch, DifferenceAcrossTheWrapIsRightButOrderIgnoresIt) {
 
 // A reading above the current count can only have been taken before the
 // counter wrapped: the elapsed time is then nearly the whole 32-bit range.
-TEST(TicksStopwatch, ElapsedIsMeasuredFromTheReadingEvenBeforeAWrap) {
+TEST(TicksStopwatch, ElapsedIsMeasuredFromTheReadingEvenBeforeAWrapOrARestart) {
   const _ticks_t earlier = TicksAt(GetTickCount() - 512);
   const unsigned long elapsed = earlier.get_elapsed_ticks();
   EXPECT_GE(elapsed, 512u);
@@ -44,9 +44,7 @@ TEST(TicksStopwatch, ElapsedIsMeasuredFromTheReadingEvenBeforeAWrap) {
   const _ticks_t before_wrap = TicksAt(GetTickCount() + 0x1000u);
   EXPECT_GE(before_wrap.get_elapsed_ticks(), 0xFFFFF000ul);
   EXPECT_GE(before_wrap.get_elapsed(), 0xFFFFF000ul / 1000.0);
-}
-
-TEST(TicksStopwatch, ANewOrRestartedWatchReadsTheTickCount) {
+  // A new or restarted watch reads the tick count.
   _ticks_t watch = TicksAt(GetTickCount() - 100000);
   watch.restart();
   EXPECT_LT(watch.get_elapsed_ticks(), 10000u);
@@ -71,10 +69,9 @@ TEST(PerformanceCounter, ConsecutiveLapsAddUpToTheWholeAndSecondsFollowTheTicks)
   EXPECT_GT(first, 0);
   EXPECT_EQ(static_cast<__int64>(watch) - static_cast<__int64>(start), first + second);
 
-  const _pcounter_t lap_start = watch;
+  const __int64 lap_start = watch;
   const double lap = watch.get_elapsed_restart();
-  EXPECT_DOUBLE_EQ(lap, (static_cast<__int64>(watch) - static_cast<__int64>(lap_start)) /
-                            _pcounter_t::frequency);
+  EXPECT_DOUBLE_EQ(lap, (static_cast<__int64>(watch) - lap_start) / _pcounter_t::frequency);
 }
 
 // Keeps the calling thread busy in user mode until `watch` has seen at least
