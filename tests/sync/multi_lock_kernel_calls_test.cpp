@@ -25,17 +25,10 @@ void Contend(TMultiLock& lock) {
   for (int t = 0; t < 4; ++t)
     threads.emplace_back([&lock, t] {
       for (int i = 0; i < 1000; ++i) {
-        if (t % 2 == 0) {
-          lock.WriteLock();
-        } else {
-          lock.ReadLock();
-          if (i % 7 == 0) {
-            try {
-              lock.WriteLock();
-              lock.Unlock();
-            } catch (const EGeneric&) {  // two upgraders: the dead-lock rule
-            }
-          }
+        t % 2 ? lock.ReadLock() : lock.WriteLock();
+        try {
+          if (t % 2 && i % 7 == 0) lock.WriteLock(), lock.Unlock();
+        } catch (const EGeneric&) {  // two upgraders: the dead-lock rule
         }
         if (i % 100 == 0) Sleep(2);
         lock.Unlock();
