@@ -1,3 +1,4 @@
+#include <qz/errors/generic.h>
 #include <qz/sync/critical_section.h>
 #include <qz/sync/multi_lock.h>
 #include <qz/sync/timed_lock.h>
@@ -7,34 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 namespace {
-
-// A reader/writer lock that takes nothing; timed operations answer `grant`,
-// and `fail` makes every operation throw.
-class RecordingLock : public IMultiLockEx {
- public:
-  bool Lock(unsigned int) override { return Timed(); }
-  void Lock() override { Check(); }
-  void Unlock() override { Check(); }
-  bool ReadLock(unsigned int) override { return Timed(); }
-  void ReadLock() override { Check(); }
-  bool WriteLock(unsigned int) override { return Timed(); }
-  void WriteLock() override { Check(); }
-  bool ReadLockThreadIndependent(unsigned int) override { return Timed(); }
-  void ReadLockThreadIndependent() override { Check(); }
-  bool WriteLockThreadIndependent(unsigned int) override { return Timed(); }
-  void WriteLockThreadIndependent() override { Check(); }
-  void UnlockThreadIndependent() override { Check(); }
-
-  bool grant = true;
-  bool fail = false;
-
- private:
-  void Check() const { fail ? throw std::runtime_error("refused") : void(); }
-  bool Timed() const { return Check(), grant; }
-};
 
 // Held from construction it is nearly always busy; once free, the busy share
 // falls, and the elapsed time covers both states.
@@ -58,8 +32,11 @@ TEST(TTimedLock, BusyShareFollowsTheHoldsAndElapsedCoversBothStates) {
   EXPECT_LT(lock.get_elapsed(), 30.0);
 }
 
+// Nested and shared holds keep it busy until the last; a refused or failing
+// lock call counts nothing, so no hold outlives the real ones.
 TEST(TTimedLock, NestedAndSharedHoldsKeepItBusyUntilTheLastAndRefusalsCountNothing) {
-  RecordingLock target;
+  using namespace multi_lock_test;
+  ProbedLock target;
   TTimedLock lock(target);
   lock.ReadLock();
   lock.ReadLockThreadIndependent();
@@ -68,25 +45,22 @@ TEST(TTimedLock, NestedAndSharedHoldsKeepItBusyUntilTheLastAndRefusalsCountNothi
   lock.Unlock();
   EXPECT_FALSE(lock.IsLocked());
 
-  // A refused or failing lock counts nothing.
-  target.grant = false;
-  EXPECT_FALSE(lock.Lock(0));
-  EXPECT_FALSE(lock.WriteLockThreadIndependent(0));
-  EXPECT_FALSE(lock.IsLocked());
-
-  target.fail = true;
-  EXPECT_THROW(lock.ReadLock(), std::runtime_error);
-  EXPECT_FALSE(lock.IsLocked());
-  target.fail = false;
-  target.grant = true;
-
-  // While held, a refused attempt does not add a hold that would outlive
-  // the real one.
   lock.WriteLock();
-  target.grant = false;
-  EXPECT_FALSE(lock.WriteLock(0));
+  EXPECT_FALSE(lock.WriteLockThreadIndependent(0));  // refused beside the writer
   lock.Unlock();
   EXPECT_FALSE(lock.IsLocked());
+
+  Actor other;
+  ReleaseOnExit cleanup(target);
+  ASSERT_TRUE(other.Run([&] { target.ReadLock(); }));
+  lock.ReadLock();
+  other.Start([&] { target.WriteLock(); });  // waits for this thread's read
+  ASSERT_TRUE(Eventually([&] { return target.waiting_upgraders() == 1; }));
+  EXPECT_THROW(lock.WriteLock(), EGeneric);  // the dead-lock error
+  lock.Unlock();
+  EXPECT_FALSE(lock.IsLocked());
+  ASSERT_TRUE(other.Finished());
+  ASSERT_TRUE(other.Run([&] { Do(target, "uu"); }));
 }
 
 // Over a real multi-lock, reads from several threads all count as the lock
