@@ -54,13 +54,17 @@ class RecordingLock : public TMultiLockWithNotify {
 };
 
 // Steps as in Do: only the outer hold of a locked period is told, nested
-// ones not; an upgrade is told as such; the NoNotify forms tell nothing.
+// ones not; an upgrade is told as such; independent holds make periods of
+// their own the same way; the NoNotify forms tell nothing.
 TEST(TMultiLockWithNotify, OuterHoldsAndUpgradesAreToldInOrder) {
   const std::pair<const char*, const char*> rows[] = {
       {"rwuu",
        "OnReadLock[locked_write, me:R] OnWriteAfterReadLock[locked_write, me:R,me:W] "
        "OnWriteAfterReadUnlock[locked_write, me:R,me:W] OnReadUnlock[locked_read, me:R] "},
       {"lwruuu", "OnWriteLock[locked_write, me:W] OnWriteUnlock[locked_write, me:W] "},
+      {"iixxjx",
+       "OnReadLock[locked_write, 0:R] OnReadUnlock[locked_read, 0:R] OnWriteLock[locked_write, 0:W] "
+       "OnWriteUnlock[locked_write, 0:W] "},
   };
   for (const auto& row : rows) {
     RecordingLock lock;
@@ -73,26 +77,8 @@ TEST(TMultiLockWithNotify, OuterHoldsAndUpgradesAreToldInOrder) {
   EXPECT_TRUE(lock.WriteLockNoNotify(0));
   lock.UnlockNoNotify();
   lock.UnlockNoNotify();
-  EXPECT_TRUE(lock.WriteLockThreadIndependentNoNotify(0));
-  lock.UnlockThreadIndependentNoNotify();
   EXPECT_EQ(lock.log(), "");
   EXPECT_EQ(lock.GetStatusString(), "not_locked");
-}
-
-// Independent holds make locked periods of their own the same way.
-TEST(TMultiLockWithNotify, IndependentHoldsAreToldOnceInAndOnceOut) {
-  RecordingLock lock;
-  Actor other;
-  lock.ReadLockThreadIndependent();
-  EXPECT_TRUE(lock.ReadLockThreadIndependent(0));
-  ASSERT_TRUE(other.Run([&] { lock.UnlockThreadIndependent(); }));
-  EXPECT_EQ(lock.log(), "OnReadLock[locked_write, 0:R] ");
-  ASSERT_TRUE(other.Run([&] { lock.UnlockThreadIndependent(); }));
-  lock.WriteLockThreadIndependent();
-  ASSERT_TRUE(other.Run([&] { lock.UnlockThreadIndependent(); }));
-  EXPECT_EQ(lock.log(),
-            "OnReadLock[locked_write, 0:R] OnReadUnlock[locked_read, 0:R] OnWriteLock[locked_write, 0:W] "
-            "OnWriteUnlock[locked_write, 0:W] ");
 }
 
 // The period ends with the last hold, whichever thread gives it up.

@@ -86,19 +86,13 @@ struct Stress {
       Fail("\"" + s + "\" for \"" + expected + "\"");
   }
   // A hold was taken (counted) or is held; checks who else is inside.
-  void Enter(bool write) {
-    ++taken;
-    Inside(write);
-  }
+  void Enter(bool write) { ++taken, Inside(write); }
   void Inside(bool write) {
     if (write && (++writers != 1 || readers.load() != 0)) Fail("writer beside others");
     if (!write && (++readers, writers.load() != 0)) Fail("reader beside a writer");
   }
   void Leave(bool write) { --(write ? writers : readers); }
-  void Release() {
-    lock.Unlock();
-    ++released;
-  }
+  void Release() { lock.Unlock(), ++released; }
   // Runs one attempt and checks that it ended in time.
   template <class Attempt>
   bool Timed(unsigned int timeout, Attempt attempt) {
@@ -160,10 +154,8 @@ struct Stress {
 
   // The hold goes to the releaser thread, which lets it go a little later.
   void DoIndependent(unsigned int timeout, bool write) {
-    if (!Timed(timeout, [&] {
-          return write ? lock.WriteLockThreadIndependent(timeout) : lock.ReadLockThreadIndependent(timeout);
-        }))
-      return;
+    const auto take = [&] { return write ? lock.WriteLockThreadIndependent(timeout) : lock.ReadLockThreadIndependent(timeout); };
+    if (!Timed(timeout, take)) return;
     Enter(write);
     if (write) Expect("locked_write, 0:W", true);
     ++handed_over;
@@ -203,8 +195,7 @@ struct Stress {
       hold.unlock();
       if (random() % 4 == 0) Sleep(1);
       Leave(write);
-      lock.UnlockThreadIndependent();
-      ++released;
+      lock.UnlockThreadIndependent(), ++released;
     }
   }
 };

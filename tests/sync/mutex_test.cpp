@@ -35,39 +35,33 @@ TEST(TMutex, ExcludesOtherThreadsAndIsRecursiveForTheOwner) {
 // Taken over by a timed or an untimed Lock, as one hold.
 TEST(TMutex, AbandonedMutexIsTakenOver) {
   TMutex mutex;
-  for (const unsigned int timeout : {10000u, INFINITE}) {
+  for (const bool timed : {true, false}) {
     WorkerThread([&] { mutex.Lock(); }).Join(10000);  // ends still owning it
-    if (timeout == INFINITE)
-      mutex.Lock();
-    else
-      EXPECT_TRUE(mutex.Lock(timeout));
+    if (timed) EXPECT_TRUE(mutex.Lock(10000)); else mutex.Lock();
     mutex.Unlock();
     EXPECT_TRUE(FreeForOthers(mutex));
   }
 }
 
-TEST(TMutex, NamedMutexIsOpenedByNameAndCopiesDuplicateIt) {
+// Opened by name; copies duplicate it; failures throw the system error.
+TEST(TMutex, NamedMutexIsOpenedByNameAndFailuresThrow) {
   const std::wstring name = UniqueName(L"mutex");
   TMutex named(name.c_str());
   TMutex opened(DoNotInitialize);
   const std::string narrow(name.begin(), name.end());
   opened.OpenMutexW(narrow.c_str(), MUTEX_ALL_ACCESS);
+  TMutex copy(opened);
+  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(opened));
   TLock hold(named);
-  EXPECT_FALSE(FreeForOthers(opened));
-
-  TMutex created(DoNotInitialize);
-  created.CreateMutexW(UniqueName(L"owned").c_str(), true);
-  TMutex copy(created);  // a duplicate of the same mutex
-  EXPECT_NE(static_cast<void*>(copy), static_cast<void*>(created));
   EXPECT_FALSE(FreeForOthers(copy));
+  TMutex created(DoNotInitialize);
+  created.CreateMutexW(true);  // owned from the start
+  EXPECT_FALSE(FreeForOthers(created));
   created.Unlock();
-}
 
-TEST(TMutex, FailedOpenOrUnlockWithoutOwningThrows) {
   TMutex mutex(DoNotInitialize);
   EXPECT_EQ(CodeThrownBy([&] { mutex.OpenMutexW(UniqueName(L"missing").c_str(), SYNCHRONIZE); }),
             ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(static_cast<void*>(mutex), nullptr);
   EXPECT_THROW(mutex.Lock(0), ESystemException);
   EXPECT_EQ(CodeThrownBy([] { TMutex().Unlock(); }), ERROR_NOT_OWNER);
 }

@@ -16,20 +16,13 @@ TEST(TSemaphore, CountsAgainstTheMaximumAndReleaseReturnsThePreviousCount) {
   EXPECT_EQ(semaphore.ReleaseSemaphore(2), 0);
   semaphore.Unlock();
   EXPECT_EQ(semaphore.ReleaseSemaphore(2), 3);  // up to the maximum of 5
+  EXPECT_EQ(qz_test::CodeThrownBy([&] { semaphore.Unlock(); }), ERROR_TOO_MANY_POSTS);
+  EXPECT_THROW(TSemaphore(1, 2), ESystemException);
 
   TSemaphore full(2);  // a single count starts full
   full.Lock();
   EXPECT_TRUE(full.Lock(0));
   EXPECT_FALSE(full.Lock(0));
-}
-
-TEST(TSemaphore, ImpossibleCountsThrow) {
-  TSemaphore semaphore(3, 2);
-  EXPECT_EQ(qz_test::CodeThrownBy([&] { semaphore.ReleaseSemaphore(2); }), ERROR_TOO_MANY_POSTS);
-  semaphore.Unlock();  // 3 of 3
-  EXPECT_THROW(semaphore.Unlock(), ESystemException);
-  EXPECT_THROW(TSemaphore(1, 2), ESystemException);
-  EXPECT_THROW(TSemaphore(0), ESystemException);
 }
 
 TEST(TSemaphore, NamedSemaphoreIsSharedByName) {
@@ -38,17 +31,14 @@ TEST(TSemaphore, NamedSemaphoreIsSharedByName) {
   TSemaphore named(narrow.c_str(), 4, 0);
   TSemaphore opened(DoNotInitialize);
   opened.OpenSemaphoreW(name.c_str(), SEMAPHORE_ALL_ACCESS);
-  EXPECT_EQ(named.ReleaseSemaphore(1), 0);
-  EXPECT_TRUE(opened.Lock(0));
-  EXPECT_FALSE(named.Lock(0));
   TSemaphore copy(opened);
   copy.Unlock();
   EXPECT_TRUE(named.Lock(0));
+  EXPECT_FALSE(named.Lock(0));
 
   TSemaphore missing(DoNotInitialize);
   EXPECT_EQ(qz_test::CodeThrownBy([&] { missing.OpenSemaphoreW(UniqueName(L"missing").c_str(), SYNCHRONIZE); }),
             ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(static_cast<void*>(missing), nullptr);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -26,9 +27,8 @@ TEST(TimeValue, MkgmtimeConvertsUtcFieldsAndNormalisesTheCallersStructure) {
   EXPECT_EQ(static_cast<__int64>(_time_t::mkgmtime(fields(2020, 1, 2, 3, 4, 5))), kJan2nd2020);
   tm overflowing = fields(2019, 13, 2, 3, 4, 5);  // month 13 is January of the next year
   EXPECT_EQ(static_cast<__int64>(_time_t::mkgmtime(&overflowing)), kJan2nd2020);
-  EXPECT_EQ(overflowing.tm_year, 120);
-  EXPECT_EQ(overflowing.tm_mon, 0);
-  EXPECT_EQ(overflowing.tm_wday, 4);  // a Thursday
+  EXPECT_EQ(std::make_tuple(overflowing.tm_year, overflowing.tm_mon, overflowing.tm_wday),
+            std::make_tuple(120, 0, 4));  // a Thursday
   EXPECT_EQ(_time_t::mkgmtime(static_cast<const tm*>(nullptr)), _time_t::invalid);
 }
 
@@ -40,9 +40,7 @@ TEST(TimeValue, LocalProducersApplyTheZoneAndNormaliseTheTmInPlace) {
   EXPECT_EQ(static_cast<__int64>(_time_t::mktime(2021, 1, 1, 0, 0, 0)), 1609455600);  // CET
   tm january32nd = fields(2021, 1, 32, 12, 0, 0);
   EXPECT_EQ(static_cast<__int64>(_time_t(january32nd)), 1612177200);  // 2021-02-01 12:00 CET
-  EXPECT_EQ(january32nd.tm_mon, 1);
-  EXPECT_EQ(january32nd.tm_mday, 1);
-  EXPECT_EQ(january32nd.tm_isdst, 0);
+  EXPECT_EQ(std::make_tuple(january32nd.tm_mon, january32nd.tm_mday, january32nd.tm_isdst), std::make_tuple(1, 1, 0));
   tm summer = fields(2021, 7, 1, 12, 0, 0);
   EXPECT_EQ(static_cast<__int64>(_time_t(&summer)), 1625133600);
   EXPECT_EQ(summer.tm_isdst, 1);
@@ -61,20 +59,17 @@ TEST(TimeText, CtimeIsLocalWithoutTrailingNewlineOrThePlaceholder) {
   EXPECT_EQ(_time_t(1616893200).ctime(), "Sun Mar 28 03:00:00 2021");
 }
 
-TEST(TimeText, Iso8601IsUtcAndRoundTrips) {
-  EXPECT_EQ(_time_t(0).iso8601time(), "1970-01-01T00:00:00.000");
+TEST(TimeText, Iso8601IsUtcAndRoundTripsThroughTheParser) {
   EXPECT_EQ(_time_t(1577934245).iso8601time(), "2020-01-02T03:04:05.000");
-  for (__int64 t : {0LL, 1LL, 951782400LL /* 2000-02-29 */, 4102444800LL /* 2100 */, 32535215999LL}) {
+  for (__int64 t : {0LL, 951782400LL /* 2000-02-29 */, 32535215999LL}) {
     const _time_t value(t);
     EXPECT_EQ(_time_t::mktime(value.iso8601time()), value) << value.iso8601time();
   }
-}
-
-TEST(TimeText, IsoParserIgnoresTheTailButNeedsAllSixFields) {
+  // The parser ignores the tail but needs all six fields.
   const _time_t expected(1577934245);
-  for (const char* text : {"2020-01-02T03:04:05", "2020-01-02T03:04:05Z", "2020-01-02T03:04:05.999"})
+  for (const char* text : {"2020-01-02T03:04:05", "2020-01-02T03:04:05.999Z"})
     EXPECT_EQ(_time_t::mktime(std::string(text)), expected) << text;
-  for (const char* text : {"2020-01-02", "2020-01-02T03:04", "", "yesterday", "2020/01/02T03:04:05"})
+  for (const char* text : {"2020-01-02T03:04", "", "2020/01/02T03:04:05"})
     EXPECT_EQ(_time_t::mktime(std::string(text)), _time_t::invalid) << text;
 }
 
@@ -105,12 +100,10 @@ TEST(TimeLocalDay, DaysAroundTheChangesInBerlin) {
   const struct {
     __int64 t, day, next, prev;
   } cases[] = {
-      {1616842800, 1616799600, 1616886000, 1616713200},  // 2021-03-27 12:00 CET
       {1616925600, 1616886000, 1616968800, 1616799600},  // 2021-03-28 12:00 CEST
       {1617012000, 1616968800, 1617055200, 1616886000},  // 2021-03-29 12:00 CEST
       {1635638400, 1635631200, 1635721200, 1635544800},  // 2021-10-31 02:00 CEST
       {1635642000, 1635631200, 1635721200, 1635544800},  // 2021-10-31 02:00 CET
-      {1635678000, 1635631200, 1635721200, 1635544800},  // 2021-10-31 12:00 CET
       {1635764400, 1635721200, 1635807600, 1635631200},  // 2021-11-01 12:00 CET
   };
   for (const auto& c : cases) {
@@ -141,29 +134,23 @@ std::string assertion(const std::string& condition, int line, const std::string&
 }
 
 // Only the broken-down fields are set: no weekday, no milliseconds; the
-// producer ignores both.
-TEST(TimeWindowsForms, SystemTimesCarryAndTakeTheBrokenDownFieldsOnly) {
+// producer ignores both. File times round-trip as UTC.
+TEST(TimeWindowsForms, SystemAndFileTimesRoundTrip) {
   const _time_t t(kSummerNoonBerlin);
   const SYSTEMTIME utc = t.systemtime();
   SYSTEMTIME st = {2021, 7, 0, 1, 10, 0, 0, 0};
   EXPECT_EQ(std::memcmp(&utc, &st, sizeof st), 0);
   st.wDayOfWeek = 3, st.wMilliseconds = 999;
   EXPECT_EQ(_time_t::mktime(st, true), t);
+  const FILETIME ft = t.filetime();
+  EXPECT_EQ(ULARGE_INTEGER({{ft.dwLowDateTime, ft.dwHighDateTime}}).QuadPart,
+            (static_cast<unsigned __int64>(kSummerNoonBerlin) + 11644473600ULL) * 10000000ULL);
+  EXPECT_EQ(_time_t::mktime(ft, true), t);
   SKIP_UNLESS_BERLIN_ZONE();
   const SYSTEMTIME local = t.localsystemtime();
   EXPECT_EQ(local.wHour, 12);
   EXPECT_EQ(local.wDayOfWeek, 0);
   EXPECT_EQ(_time_t::mktime(local, false), t);
-}
-
-TEST(TimeWindowsForms, FileTimeRoundTripsAsUtc) {
-  const _time_t t(kSummerNoonBerlin);
-  const FILETIME ft = t.filetime();
-  ULARGE_INTEGER ticks;
-  ticks.LowPart = ft.dwLowDateTime;
-  ticks.HighPart = ft.dwHighDateTime;
-  EXPECT_EQ(ticks.QuadPart, (static_cast<unsigned __int64>(kSummerNoonBerlin) + 11644473600ULL) * 10000000ULL);
-  EXPECT_EQ(_time_t::mktime(ft, true), t);
 }
 
 // Zero and invalid map onto each other.
