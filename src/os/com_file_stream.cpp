@@ -31,28 +31,32 @@ IStreamPtr CComFileStream::OpenFileStream(const wchar_t* name, DWORD access, DWO
 
 ULONG CComFileStream::Release() { return static_cast<ULONG>(SmartPtrObj::Release()); }
 
-HRESULT CComFileStream::Read(void* buffer, ULONG size, ULONG* read) {
+namespace {
+
+// A read or write through the file: S_OK when all of `size` moved, S_FALSE
+// when less did, E_FAIL when the file call threw. The count moved is
+// reported in every case.
+template <class Transfer>
+HRESULT transfer(ULONG size, ULONG* moved, Transfer call) {
   DWORD done = 0;
   HRESULT result = E_FAIL;
   try {
-    file.ReadFile(buffer, size, done);
+    call(done);
     result = done < size ? S_FALSE : S_OK;
   } catch (const EGeneric&) {
   }
-  if (read) *read = done;
+  if (moved) *moved = done;
   return result;
 }
 
+}  // namespace
+
+HRESULT CComFileStream::Read(void* buffer, ULONG size, ULONG* read) {
+  return transfer(size, read, [&](DWORD& done) { file.ReadFile(buffer, size, done); });
+}
+
 HRESULT CComFileStream::Write(const void* buffer, ULONG size, ULONG* written) {
-  DWORD done = 0;
-  HRESULT result = E_FAIL;
-  try {
-    file.WriteFile(buffer, size, done);
-    result = done < size ? S_FALSE : S_OK;
-  } catch (const EGeneric&) {
-  }
-  if (written) *written = done;
-  return result;
+  return transfer(size, written, [&](DWORD& done) { file.WriteFile(buffer, size, done); });
 }
 
 // The stream origins have the values of the file pointer's move methods.

@@ -33,7 +33,7 @@ constexpr DWORD kWordWaitMs = 1;
 }  // namespace
 
 TMultiLock::_wait_budget TMultiLock::fresh_budget() noexcept {
-  return {kSpinsBeforeWordWait, word_wait_available() ? kWordWaitsBeforeSleep : 0};
+  return {kSpinsBeforeWordWait, kWordWaitsBeforeSleep};
 }
 
 bool TMultiLock::holds_all(_owner_id owner) const {
@@ -85,23 +85,22 @@ void spin_until(const _ml_free_signal_event& events, unsigned int bits, int& spi
 }  // namespace
 
 // The sole-owner bit may be up for somebody else, so spinning and the word
-// wait watch only the other bits. Every path out of the inner lock syncs the
-// events: the read path may have lowered the read-open bit just before
-// coming here.
+// wait watch only the other bits. Every path leaves the inner lock by
+// leave_inner_lock: the read path may have lowered the read-open bit just
+// before coming here. Whether the system can wait on a word is asked only
+// here, off the uncontended path.
 bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeout, _wait_budget& budget) {
   const unsigned int watched = mask & ~_ml_common::signal_sole_owner;
   if (timeout == 0) {
-    inner_unlock();
-    sync_events();
+    leave_inner_lock();
     return false;
   }
   if (budget.spins > 0) {
-    inner_unlock();
-    sync_events();
+    leave_inner_lock();
     spin_until(*this, watched, budget.spins);
     return true;
   }
-  if (budget.word_waits > 0) {
+  if (budget.word_waits > 0 && word_wait_available()) {
     wait_on_word(watched, budget);
     return true;
   }
@@ -113,8 +112,7 @@ bool TMultiLock::wait_for(unsigned int mask, _owner_id owner, unsigned int timeo
 void TMultiLock::wait_on_word(unsigned int watched, _wait_budget& budget) {
   --budget.word_waits;
   const unsigned int seen = begin_word_wait();
-  inner_unlock();
-  sync_events();
+  leave_inner_lock();
   if ((seen & watched) == 0 && !wait_word_change(seen, kWordWaitMs)) budget.word_waits = 0;
   end_word_wait();
 }
@@ -137,8 +135,7 @@ bool TMultiLock::sleep_on_events(unsigned int mask, _owner_id owner, unsigned in
     tags[count++] = bit;
   }
   arm(mask);
-  inner_unlock();
-  sync_events();
+  leave_inner_lock();
   const waiter_registration registration(*this, *this, mask, owner);
 
   TWaitableTimer timer(DoNotInitialize);

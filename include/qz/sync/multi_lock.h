@@ -152,17 +152,20 @@ class QZ_API TMultiLock : protected _ml_interlocked_inner_lock,
   bool write_lock_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
   bool write_lock_independent_as(unsigned int timeout, _owner_id owner, _ml_lock_hooks* hooks);
 
-  // Change the signal bits, leave the inner lock, then bring the events
-  // that have waiters into line.
-  void signal(unsigned int mask) noexcept {
-    raise_bits(mask);
+  // Leaves the inner lock, then makes the event calls the bookkeeping
+  // inside it asked for: no kernel call is made inside the inner lock.
+  void leave_inner_lock() noexcept {
     inner_unlock();
     sync_events();
   }
+  // Change the signal bits, then leave the inner lock.
+  void signal(unsigned int mask) noexcept {
+    raise_bits(mask);
+    leave_inner_lock();
+  }
   void unsignal(unsigned int mask) noexcept {
     lower_bits(mask);
-    inner_unlock();
-    sync_events();
+    leave_inner_lock();
   }
 
   std::atomic<unsigned int> state;
