@@ -1,6 +1,7 @@
 #include "errors/cxx_throw_diagnostics.h"
 
 #include "errors/internal/gcc_thrown_object_mingw.h"
+#include "errors/symbol_engine.h"
 #include "errors/throw_site.h"
 
 #include <qz/core/type_name.h>
@@ -46,20 +47,6 @@ bool has_text(const EGeneric& e, const char* name) {
   return !value.empty() && !value.as_string().empty();
 }
 
-// Stops the symbol engine when the handler started it.
-class symbol_session {
- public:
-  symbol_session() : started_(SymInitialize()) {}
-  ~symbol_session() {
-    if (started_) SymCleanup();
-  }
-  symbol_session(const symbol_session&) = delete;
-  symbol_session& operator=(const symbol_session&) = delete;
-
- private:
-  bool started_;
-};
-
 }  // namespace
 
 bool is_cxx_throw(const EXCEPTION_RECORD& record) {
@@ -77,7 +64,7 @@ void add_cxx_throw_diagnostics(EXCEPTION_POINTERS* pointers) {
   // Stack, error address and dump all start at the function that threw.
   CONTEXT site = throw_site_context(*pointers->ContextRecord);
   EXCEPTION_POINTERS at_site{pointers->ExceptionRecord, &site};
-  std::optional<symbol_session> symbols;
+  std::optional<symbol_engine_user> symbols;
   if (generic && ExtendDebugInformationFromException && !has_text(*generic, "Stack")) {
     symbols.emplace();
     generic_access::extend_at_throw(*generic, &site);
