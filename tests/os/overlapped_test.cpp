@@ -3,7 +3,6 @@
 
 #include "support/error_code.h"
 #include "support/raw_event.h"
-#include "support/temp_path.h"
 #include "support/unique_name.h"
 
 #include <gtest/gtest.h>
@@ -63,24 +62,6 @@ TEST(TOverlapped, PendingReadCompletesOrIsCancelled) {
   pipe.server.CancelIo();
   ASSERT_EQ(WaitForSingleObject(done.h, 10000), static_cast<DWORD>(WAIT_OBJECT_0));
   EXPECT_EQ(CodeThrownBy([&] { pipe.server.GetOverlappedResult(transferred, false); }), ERROR_OPERATION_ABORTED);
-  TOverlapped<TFile> closed;
-  EXPECT_EQ(CodeThrownBy([&] { closed.ReadFile(buffer, 1); }), ERROR_INVALID_HANDLE);
-}
-
-TEST(TOverlapped, ReadsAFileAtTheGivenOffset) {
-  qz_test::TempPath path;
-  path.Put("0123456789");
-  TOverlapped<TFile> file;
-  file.AttachHandle(CreateFileW(path.wide(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                FILE_FLAG_OVERLAPPED, nullptr));
-  ASSERT_TRUE(file.IsValidHandle());
-  Event done;
-  file.SetEvent(done.h);
-  file.SetOffset(6);
-  char buffer[8] = {};
-  file.ReadFile(buffer, sizeof buffer);
-  EXPECT_EQ(Finish(file, done.h), 4u);
-  EXPECT_EQ(std::string(buffer), "6789");
 }
 
 // The constructor takes the read time-out before the size. Messages are

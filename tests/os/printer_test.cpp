@@ -6,11 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -70,38 +67,6 @@ TEST_F(Printers, OpeningAMissingPrinterNamesWhatWasAsked) {
     EXPECT_EQ(static_cast<unsigned long>(e.get_value("Access")), static_cast<unsigned long>(PRINTER_ACCESS_USE));
     EXPECT_EQ(static_cast<std::wstring>(e.get_value("Name")), L"qz no such printer");
   }
-  TPrinter narrow(DoNotInitialize);
-  narrow.OpenPrinterW("qz test printer", PRINTER_ACCESS_USE);  // the narrow name, widened
-  EXPECT_TRUE(narrow.IsValidHandle());
-}
-
-// Where Windows reads or writes a level and Wine refuses it, the refusal
-// arrives as the spooler's code.
-void ExpectDoneOrInvalidLevel(const std::function<void()>& call) {
-  const int code = CodeThrownBy(call);
-  EXPECT_TRUE(code == -1 || code == ERROR_INVALID_LEVEL) << code;
-}
-
-TEST_F(Printers, ReadsAndChangesItsInformationAtTheLevelOfTheStructure) {
-  AutoPtr<_PRINTER_INFO_4W> four;
-  printer.GetPrinterInfo(four);
-  EXPECT_EQ(std::wstring(four->pPrinterName), kPrinter);
-  AutoPtr<_PRINTER_INFO_2W> two;
-  printer.GetPrinterInfo(two);
-  EXPECT_EQ(std::wstring(two->pPortName), kPort);
-  wchar_t comment[] = L"changed by qz";
-  two->pComment = comment;
-  two->pSecurityDescriptor = nullptr;
-  printer.SetPrinterInfo(two);
-  printer.GetPrinterInfo(two);
-  EXPECT_EQ(std::wstring(two->pComment), comment);
-  // Level 3 is the security descriptor, level 4 writes the attributes.
-  AutoPtr<_PRINTER_INFO_3> three;
-  ExpectDoneOrInvalidLevel([&] { printer.GetPrinterInfo(three); });
-  ExpectDoneOrInvalidLevel([&] { printer.SetPrinterInfo(four); });
-  // Windows pauses and resumes the printer; Wine has no printer control.
-  ExpectDoneOrInvalidLevel([&] { printer.ControlPrinter(PRINTER_CONTROL_PAUSE); });
-  ExpectDoneOrInvalidLevel([&] { printer.ControlPrinter(PRINTER_CONTROL_RESUME); });
 }
 
 // One value of each kind the writer tells apart: text (wide, narrow and
@@ -125,11 +90,9 @@ TEST_F(Printers, PrinterDataOfTheSupportedKindsReadsBackAndOthersAreNotWritten) 
     EXPECT_EQ(read.type(), c.second.type()) << n;
     EXPECT_TRUE(read == c.second) << n;
   }
-  printer.SetPrinterDataW("narrow name", _value_t("text"));  // narrow text is stored wide
-  EXPECT_TRUE(printer.GetPrinterDataW(L"narrow name") == _value_t(L"text"));
 }
 
-// Also the listing of printers and ports, from several threads at once.
+// Also the listing of printers.
 TEST_F(Printers, TheBufferIsReplacedOnlyByAFilledOne) {
   AutoPtr<_PRINTER_INFO_1W> printers;
   _PRINTER_INFO_1W* const before = printers.allocate(16);
@@ -142,38 +105,12 @@ TEST_F(Printers, TheBufferIsReplacedOnlyByAFilledOne) {
   const int refused = CodeThrownBy([&] { TPrinter::EnumPrintersW(printers, PRINTER_ENUM_NETWORK, nullptr); });
   EXPECT_TRUE(refused == -1 || refused == ERROR_INVALID_FLAGS) << refused;
   EXPECT_EQ(printers.get(), before);
-  // Windows answers an empty queue at the first call as well (0 jobs); Wine
-  // fails EnumJobsW without setting an error, which arrives as code 0.
-  AutoPtr<_JOB_INFO_1W> jobs;
-  DWORD listed = 0;
-  const int no_jobs = CodeThrownBy([&] { listed = printer.EnumJobsW(jobs, 0, 10); });
-  EXPECT_TRUE(no_jobs == -1 || no_jobs == 0) << no_jobs;
-  EXPECT_EQ(listed, 0u);
-  EXPECT_FALSE(jobs);
-  EXPECT_THROW(printer.GetJobInfo(jobs, 12345), ESystemException);
-  EXPECT_FALSE(jobs);
   // Something to list: a filled buffer replaces the old one.
   const DWORD count = TPrinter::EnumPrintersW(printers, PRINTER_ENUM_LOCAL, nullptr);
   EXPECT_NE(printers.get(), before);
   bool found = false;
   for (DWORD i = 0; i < count; ++i) found |= std::wstring(printers[i].pName) == kPrinter;
   EXPECT_TRUE(found);
-  AutoPtr<_PORT_INFO_1W> ports;
-  const DWORD port_count = TPrinter::EnumPortsW(ports, nullptr);
-  bool file_port = false;
-  for (DWORD i = 0; i < port_count; ++i) file_port |= std::wstring(ports[i].pName) == kPort;
-  EXPECT_TRUE(file_port);
-  // The enumerations may run on several threads at once.
-  std::atomic<int> agreed{0};
-  const auto enumerate = [&] {
-    for (int i = 0; i < 10; ++i) {
-      AutoPtr<_PORT_INFO_1W> mine;
-      agreed += TPrinter::EnumPortsW(mine, nullptr) == port_count;
-    }
-  };
-  std::thread a(enumerate), b(enumerate), c(enumerate), d(enumerate);
-  a.join(), b.join(), c.join(), d.join();
-  EXPECT_EQ(agreed, 40);
 }
 
 TEST_F(Printers, ControlsAJobStartedForTheTest) {
@@ -189,21 +126,9 @@ TEST_F(Printers, ControlsAJobStartedForTheTest) {
   printer.GetJobInfo(info, job);
   EXPECT_EQ(info->JobId, job);
   EXPECT_EQ(std::wstring(info->pDocument), L"qz test document");
-  wchar_t renamed[] = L"renamed by qz";
-  info->pDocument = renamed;
-  info->Position = JOB_POSITION_UNSPECIFIED;
-  printer.SetJobInfo(info, job);
-  AutoPtr<_JOB_INFO_2W> two;
-  printer.GetJobInfo(two, job);
-  // Windows renames the document; Wine takes the call but shows the output
-  // file's name in its place from then on.
-  EXPECT_TRUE(two->pDocument == std::wstring(renamed) || two->pDocument == std::wstring(output.wide()));
   printer.ControlJob(job, JOB_CONTROL_PAUSE);
   printer.ControlJob(job, JOB_CONTROL_RESUME);
   EXPECT_FALSE(printer.ControlJobSilent(job + 1000, JOB_CONTROL_PAUSE));
-  // Windows names the bad job id; Wine fails without saying why (code 0).
-  const int bad_job = CodeThrownBy([&] { printer.ControlJob(job + 1000, JOB_CONTROL_PAUSE); });
-  EXPECT_TRUE(bad_job == ERROR_INVALID_PARAMETER || bad_job == 0) << bad_job;
   EXPECT_TRUE(printer.ControlJobSilent(job, JOB_CONTROL_CANCEL));
   EndDocPrinter(printer);
 }

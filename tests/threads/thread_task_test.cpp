@@ -1,5 +1,4 @@
-// TThreadTask: its two events, the kept exception, Cancel before and during
-// the work, and what Suspend does outside the work.
+// TThreadTask: the kept exception, and Cancel before and during the work.
 #include <qz/errors/exceptions.h>
 #include <qz/threads/thread_pool.h>
 
@@ -21,24 +20,6 @@ class ThreadTask : public ::testing::Test {
   ~ThreadTask() override { pool->Shutdown(); }
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
 };
-
-TEST_F(ThreadTask, EventsFollowItsLifeAndAreNeverReset) {
-  TEvent release;
-  SmartPtr<LambdaTask> task = new LambdaTask([&] { release.WaitForSignal(); });
-  EXPECT_FALSE(task->WaitForFinish(0));
-  task->Suspend();  // not running: nothing to suspend
-  task->SetPriority(THREAD_PRIORITY_HIGHEST);
-  pool->QueueJob(task);
-  ASSERT_TRUE(task->WaitForStart(10000));
-  EXPECT_TRUE(task->IsRunning());
-  EXPECT_FALSE(task->WaitForFinish(50));
-  release.Set();
-  ASSERT_TRUE(task->WaitForFinish(10000));
-  EXPECT_TRUE(task->IsStarted());
-  EXPECT_TRUE(task->IsFinished());
-  EXPECT_FALSE(task->IsRunning());
-  EXPECT_FALSE(task->IsException());
-}
 
 TEST_F(ThreadTask, KeepsWhatTheWorkThrewForRethrow) {
   SmartPtr<LambdaTask> system = new LambdaTask([] { throw ESystemException(5); });
