@@ -9,13 +9,6 @@
 
 namespace {
 
-// Exposes the protected editing members the diagnostic layers use.
-class EditableError : public EGeneric {
- public:
-  using EGeneric::EGeneric;
-  using EGeneric::move_to_back;
-};
-
 using errors_test::NamesOf;
 
 TEST(EGenericWhat, OneNamedLinePerEntryHexForIntegersBareTextWhenAlone) {
@@ -60,15 +53,6 @@ TEST(EGenericValues, ConstructorsAppendDuplicatesLookUpsFoldAsciiOnlyAndConstRea
   // "\xC4" and "\xE4" are one letter in two cases in the ANSI code page, but
   // names fold ASCII only.
   EXPECT_TRUE(EGeneric({"\xC4", 1}).get_value("\xE4").empty());
-}
-
-TEST(EGenericValues, MoveToBackSwapsWithTheLastEntry) {
-  EditableError e({"A", 1}, {"Stack", 2}, {"B", 3}, {"C", 4});
-  e.move_to_back("stack");
-  EXPECT_EQ(NamesOf(e), "A,C,B,Stack,");
-  e.move_to_back("Stack");  // already last
-  e.move_to_back("Missing");
-  EXPECT_EQ(NamesOf(e), "A,C,B,Stack,");
 }
 
 TEST(Assertion, FailedConditionThrowsItsSourceLocation) {

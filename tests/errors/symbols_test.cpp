@@ -32,20 +32,16 @@ using errors_test::StartsWith;
 class SymbolsTest : public errors_test::SymbolEngineTest {};
 
 TEST(SymbolTexts, RulesForNamesSourcesAndShortening) {
-  EXPECT_EQ(symbol_text::name("f", 0x401000, 0), "f");
   EXPECT_EQ(symbol_text::name("ns::f", 0x401000, 0x1c), "ns::f+1c");
   EXPECT_EQ(symbol_text::name(nullptr, 0x1234567890abcdefULL, 0), "0x90abcdef");
   EXPECT_EQ(symbol_text::name(std::string(2000, 'n').c_str(), 0, 0x10).size(), 1023u + 3u);
 
   EXPECT_EQ(symbol_text::source("Z:\\work\\src\\file.cpp", 12), "file.cpp#12");
   EXPECT_EQ(symbol_text::source("/work/src/file.cpp", 7), "file.cpp#7");
-  EXPECT_EQ(symbol_text::source("file", 1), "file#1");
 
-  const std::string eighty(80, 'e');
   const std::string hundred = std::string(40, 'a') + std::string(20, 'm') + std::string(40, 'z');
   EXPECT_EQ(symbol_text::full_name(hundred, ""), hundred);  // no source: never shortened
   EXPECT_EQ(symbol_text::full_name("f", "file.cpp#3"), "f[file.cpp#3]");
-  EXPECT_EQ(symbol_text::full_name(eighty, "s#1"), eighty + "[s#1]");
   EXPECT_EQ(symbol_text::full_name(hundred, "source#12"),
             std::string(40, 'a') + ".." + std::string(40, 'z') + "[source#12]");
 }
@@ -67,7 +63,6 @@ TEST_F(SymbolsTest, NamesFunctionsOfTheProgramTheLibraryAndNoModule) {
   EXPECT_EQ(SymGetNameFromAddress(library), "SymGetModuleFromAddress");
   EXPECT_TRUE(StartsWith(SymGetSourceFromAddress(library), "symbol_texts.cpp#"));
   EXPECT_EQ(SymGetModuleFromAddress(library), "qz");
-  EXPECT_EQ(SymGetModuleFromAddress(address_of(reinterpret_cast<void*>(&GetTickCount))), "kernel32");
 
   const unsigned long long nowhere = 0x10;  // in no module: only the number
   EXPECT_EQ(SymGetFullNameFromAddress(nowhere), "0x10");
