@@ -37,16 +37,6 @@ TEST(CodePage, InvalidCodePageThrowsInvalidParameterUnlessTheTextIsEmpty) {
 }
 
 
-TEST(UserDefaultLocale, NarrowAsciiClassesMatchTheClassicLocale) {
-  const auto& classic = std::use_facet<std::ctype<char>>(std::locale::classic());
-  using base = std::ctype_base;
-  for (int c = 0; c < 0x80; ++c)
-    for (auto mask : {base::upper, base::lower, base::alpha, base::digit, base::xdigit, base::space,
-                      base::print, base::cntrl, base::punct})
-      EXPECT_EQ(narrow().is(mask, static_cast<char>(c)), classic.is(mask, static_cast<char>(c)))
-          << "character " << c << " mask " << mask;
-}
-
 TEST(UserDefaultLocale, WideFacetClassifiesBeyondLatin1AndNarrowsUnknownCharactersToTheDefault) {
   EXPECT_TRUE(wide().is(std::ctype_base::upper, L'\u0416'));
   EXPECT_FALSE(wide().is(std::ctype_base::alpha, L'7'));

@@ -19,12 +19,6 @@ TEST(FormatString, FormatsLikeTheRuntimePrintfIncludingI64UpTo2047Characters) {
   }
 }
 
-TEST(FormatWString, FormatsWideArgumentsAndKeepsThe2047Limit) {
-  EXPECT_EQ(format_wstring(L"%s=%I64d", L"x", -5LL), L"x=-5");
-  EXPECT_EQ(format_wstring(L"%s", std::wstring(2047, L'w').c_str()), std::wstring(2047, L'w'));
-  EXPECT_THROW(format_wstring(L"%s", std::wstring(2048, L'w').c_str()), std::length_error);
-}
-
 TEST(FormatBstr, FormatsIntoABstrAndOverlongOutputKeepsTheFirst2047Characters) {
   const _bstr_t seven = format_bstr(L"%d-%s", 7, L"seven");
   EXPECT_EQ(std::wstring(seven, seven.length()), L"7-seven");

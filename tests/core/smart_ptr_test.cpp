@@ -1,4 +1,3 @@
-#include <qz/core/auto_ptr.h>
 #include <qz/core/smart_ptr.h>
 
 #include <gtest/gtest.h>
@@ -33,19 +32,6 @@ std::string expected_text(const void* address) {
 }
 
 }  // namespace
-
-TEST(AutoPtr, AllocatesOneBufferThatMovesAndResets) {
-  AutoPtr<int> first;
-  int* buffer = first.allocate(4 * sizeof(int));
-  buffer[3] = 5;  // the whole size is usable
-  AutoPtr<int> second(std::move(first));
-  EXPECT_FALSE(first);
-  AutoPtr<int> third;
-  third = std::move(second);
-  EXPECT_EQ(third.get(), buffer);
-  third.reset();
-  EXPECT_FALSE(third);
-}
 
 TEST(SmartPtr, CountStartsAtZeroIsSharedByConstAndBasePointersAndTheLastReleaseDeletes) {
   bool destroyed = false;

@@ -50,20 +50,6 @@ TEST(DivideString, SplitsAtDelimitersOutsideQuotes) {
   for (const auto& c : kCases) EXPECT_EQ(split(c.text, c.delimiters), c.words) << c.text << " / " << c.delimiters;
 }
 
-// A set receives only the new words, sorted and without duplicates.
-TEST(DivideString, WideAndBstrTextSplitAlikeIntoAnyContainer) {
-  std::vector<std::wstring> wide;
-  divide_string(L"a;\"b;c\";;\u00C4", wide, L";");
-  EXPECT_EQ(wide, (std::vector<std::wstring>{L"a", L"b;c", L"\u00C4"}));
-  std::set<_bstr_t> words{_bstr_t(L"stale")};
-  divide_string(_bstr_t(L"b a \"c d\" a"), words, L" ");
-  ASSERT_EQ(words.size(), 3u);
-  EXPECT_EQ(text_of(*words.rbegin()), L"c d");
-  std::vector<_bstr_t> none{_bstr_t(L"stale")};
-  divide_string(_bstr_t(), none, L",");  // a null BSTR has no words
-  EXPECT_TRUE(none.empty());
-}
-
 TEST(ReadWord, ReadsOneWordPerCallAndFailsWhenNoneIsLeft) {
   std::istringstream in("  one  two ");
   std::string word;

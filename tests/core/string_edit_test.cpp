@@ -1,12 +1,10 @@
 #include <qz/core/char_class.h>
-#include <qz/core/number_text.h>
 #include <qz/core/string_edit.h>
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
-#include <climits>
 #include <type_traits>
 
 namespace {
@@ -67,17 +65,4 @@ TEST(CharClass, EveryCharacterMustBeOfTheClassAndEmptyTextIsOfNone) {
   EXPECT_FALSE(isxdigit(std::string("0aG")));
   EXPECT_FALSE(isalpha(std::string("ab1")));
   EXPECT_TRUE(isalnum(std::string("ab1")));
-}
-
-// Negative values have a sign only in radix 10; text stops at the first non-digit.
-TEST(NumberText, ConvertsBothWaysInAnyRadix) {
-  EXPECT_EQ(i64toa(LLONG_MIN, 2), "1" + std::string(63, '0'));
-  EXPECT_EQ(i64tow(LLONG_MIN, 10), L"-9223372036854775808");
-  EXPECT_EQ(itoa(-1, 16), "ffffffff");
-  EXPECT_EQ(ltoa(LONG_MIN, 10), "-2147483648");
-  EXPECT_EQ(ltow(35, 36), L"z");
-  EXPECT_EQ(atoi(std::string("  42abc")), 42);
-  EXPECT_EQ(atoi(std::string("abc")), 0);
-  EXPECT_EQ(atol(std::string("-2147483648")), LONG_MIN);
-  EXPECT_EQ(wtoi(std::wstring(L"-17")), -17);
 }

@@ -24,15 +24,6 @@ class DebugStream : public testing::Test {
   TDebugStream s{Writer(memory)};
 };
 
-TEST(DebugStreamWriters, TextReachesEveryWriterInInsertionOrderIncludingRepeats) {
-  std::string journal;
-  Writer a(new TaggingWriter(journal, 'A'));
-  TDebugStream s(a, new TaggingWriter(journal, 'B'), new TaggingWriter(journal, 'C'));
-  s.AddWriter(a);
-  s.WriteString("x", 1);
-  EXPECT_EQ(journal, "A[x]B[x]C[x]A[x]");
-}
-
 // RemoveWriter takes the first entry of that writer, or the last entry when
 // the writer is absent; ChangeWriter leaves exactly the new one; += appends
 // the other stream's writers, and doubles a stream added to itself.

@@ -27,17 +27,6 @@ struct MemoryWriter : TStreamWriter {
   std::vector<std::string> calls;
 };
 
-// Appends "<tag>[text]" to a journal shared by several writers, showing the
-// order in which a stream calls them.
-struct TaggingWriter : TStreamWriter {
-  TaggingWriter(std::string& j, char t) : journal(j), tag(t) {}
-  void StreamWriteString(const char* text, size_t length) override {
-    journal += tag + ('[' + std::string(text, length) + ']');
-  }
-  std::string& journal;
-  char tag;
-};
-
 struct ThrowingWriter : TStreamWriter {
   void StreamWriteString(const char*, size_t) override { throw std::runtime_error("writer failed"); }
 };

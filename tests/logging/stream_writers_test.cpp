@@ -1,8 +1,7 @@
-// The writers (debugger, console, file per write, permanent file) and the
+// The writers (console, file per write, permanent file) and the
 // process-wide streams as the library builds them at load.
 #include <qz/core/type_name.h>
 #include <qz/logging/console_writer.h>
-#include <qz/logging/debug_writer.h>
 #include <qz/logging/file_writer.h>
 #include <qz/logging/global_streams.h>
 #include <qz/logging/permanent_file_writer.h>
@@ -18,14 +17,6 @@ namespace {
 
 using namespace logging_test;
 using qz_test::TempPath;
-
-TEST(DebugWriter, SendsTheWholeZeroTerminatedTextWhateverTheLength) {
-  DebuggerOutput debugger;
-  TDebugWriter writer;
-  writer.StreamWriteString("whole text", 3);
-  writer.StreamWriteString(nullptr, 0);
-  EXPECT_EQ(debugger.texts, (std::vector<std::string>{"whole text"}));
-}
 
 // Opened for each write only: nothing exists before the first, the bytes are
 // appended as given, and the file is free (deletable) in between.

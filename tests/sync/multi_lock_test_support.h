@@ -28,8 +28,6 @@ class ProbedLock : public TMultiLock {
   using _ml_free_signal_event::waiters;
   using _ml_free_signal_event::signalled;
   using _ml_full_owners_list::count;
-  using _ml_full_owners_list::is_inline;
-  using _ml_full_owners_list::room;
   int waiting_upgraders() const { return upgrade_waiters.load(); }
 };
 

@@ -45,20 +45,6 @@ TEST(TMultiLock, UnlockReleasesTheCallersOwnHoldWhereverItStands) {
   ASSERT_TRUE(other.Run([&] { Do(lock, "uu"); }));
 }
 
-TEST(TMultiLock, ThirdHoldMovesTheOwnersToTheHeapAndEachFurtherOneGrowsItByOne) {
-  ProbedLock lock;
-  Do(lock, "rr");
-  EXPECT_TRUE(lock.is_inline());
-  EXPECT_EQ(lock.room(), 2);
-  lock.ReadLock();
-  EXPECT_FALSE(lock.is_inline());
-  EXPECT_EQ(lock.room(), 3);
-  lock.WriteLock();
-  EXPECT_EQ(lock.room(), 4);
-  Do(lock, "uuuu");
-  EXPECT_EQ(lock.room(), 4);  // never shrinks
-}
-
 TEST(TMultiLock, RefusedTimedLocksAndUseWithoutAnyWaitMakeNoEvent) {
   ProbedLock lock;
   EXPECT_EQ(lock.signalled(), 2u);  // free

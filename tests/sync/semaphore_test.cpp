@@ -1,13 +1,10 @@
 #include <qz/sync/semaphore.h>
 
 #include "support/error_code.h"
-#include "support/unique_name.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-using qz_test::UniqueName;
 
 TEST(TSemaphore, CountsAgainstTheMaximumAndReleaseReturnsThePreviousCount) {
   TSemaphore semaphore(5, 1);  // the maximum comes before the initial count
@@ -23,22 +20,6 @@ TEST(TSemaphore, CountsAgainstTheMaximumAndReleaseReturnsThePreviousCount) {
   full.Lock();
   EXPECT_TRUE(full.Lock(0));
   EXPECT_FALSE(full.Lock(0));
-}
-
-TEST(TSemaphore, NamedSemaphoreIsSharedByName) {
-  const std::wstring name = UniqueName(L"semaphore");
-  const std::string narrow(name.begin(), name.end());
-  TSemaphore named(narrow.c_str(), 4, 0);
-  TSemaphore opened(DoNotInitialize);
-  opened.OpenSemaphoreW(name.c_str(), SEMAPHORE_ALL_ACCESS);
-  TSemaphore copy(opened);
-  copy.Unlock();
-  EXPECT_TRUE(named.Lock(0));
-  EXPECT_FALSE(named.Lock(0));
-
-  TSemaphore missing(DoNotInitialize);
-  EXPECT_EQ(qz_test::CodeThrownBy([&] { missing.OpenSemaphoreW(UniqueName(L"missing").c_str(), SYNCHRONIZE); }),
-            ERROR_FILE_NOT_FOUND);
 }
 
 }  // namespace

@@ -41,13 +41,6 @@ TEST(TWaitableTimer, RelativeDueTimeIsInMillisecondsWithoutOverflow) {
   }
 }
 
-TEST(TWaitableTimer, PeriodicTimerFiresAtOnceAndRepeats) {
-  TWaitableTimer timer(false);  // auto reset: one wait per period
-  timer.SetTimer(0, 100);
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(Fires(timer)) << i;
-  timer.Cancel();
-}
-
 // An absolute due time fires; a named timer is opened by name; setting a
 // timer again resets it and a cancelled one does not fire.
 TEST(TWaitableTimer, AbsoluteDueTimeFiresByNameAndCancelledTimerDoesNot) {

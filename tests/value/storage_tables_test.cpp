@@ -181,19 +181,4 @@ void check_structure(std::index_sequence<S...>) {
 
 TEST(StorageStructure, FormsOfOneKindShareTypeCodeAndObjectFlag) { check_structure(AllKinds()); }
 
-// A scalar has one element, at index zero, which writes the scalar; an empty
-// container has no first element to read or write.
-TEST(StorageStructure, ElementsOfScalarsAndEmptyContainers) {
-  _value_t_data_t<int> scalar(4);
-  std::unique_ptr<_value_t_data>(scalar.get(0ULL))->put(5);
-  EXPECT_EQ(*scalar.getp(static_cast<const int*>(nullptr)), 5);
-  EXPECT_THROW(scalar.get(1ULL), std::out_of_range);
-  _value_t_cont_t<int> one(std::vector<int>{1});
-  EXPECT_TRUE(std::unique_ptr<_value_t_data>(one.get(1ULL)) != nullptr);
-  _value_t_cont_t<int> empty;
-  EXPECT_EQ(empty.size(), 0u);
-  EXPECT_THROW(empty.get(static_cast<const int*>(nullptr)), std::out_of_range);
-  EXPECT_THROW(empty.put(1), std::out_of_range);
-}
-
 }  // namespace

@@ -63,17 +63,6 @@ TEST(ValueCompare, EveryOperatorReadsTheRightSideAsTheLeftKind) {
   EXPECT_TRUE(two >= two && !(two >= three));
 }
 
-// An empty value reads nothing: empties are equal and order before the rest.
-TEST(ValueCompare, EmptyValuesAreEqualAndOrderFirst) {
-  const _value_t empty, one = 1;
-  EXPECT_TRUE(empty == _value_t());
-  EXPECT_FALSE(empty < _value_t());
-  EXPECT_TRUE(one != empty);
-  EXPECT_TRUE(empty < one);
-  EXPECT_FALSE(one < empty);
-  EXPECT_TRUE(empty < _value_t(static_cast<SmartPtrObj*>(nullptr)));
-}
-
 TEST(ValueCompare, PlainValuesCompareAsValuesHoldingThemAndSetsOrderByLess) {
   const _value_t five = 5;
   EXPECT_TRUE(4 < five);

@@ -160,17 +160,4 @@ TEST_F(ValueHandle, BoolElementsReadAndWriteTheirBits) {
   EXPECT_EQ(bits.as_string(), "{true,true,false}");
 }
 
-TEST_F(ValueHandle, ValueHoldsAReferenceToItsObject) {
-  SmartPtrObj* object = new SmartPtrObj;
-  SmartPtr<SmartPtrObj> keep(object);
-  {
-    _value_t v = object;
-    EXPECT_EQ(v.type(), typeid(SmartPtr<SmartPtrObj>));
-    const _value_t c = static_cast<const SmartPtrObj*>(object);
-    EXPECT_EQ(c.type(), typeid(SmartPtr<SmartPtrObj const>));
-    EXPECT_EQ(object->ref_count(), 3);
-  }
-  EXPECT_EQ(object->ref_count(), 1);
-}
-
 }  // namespace

@@ -144,13 +144,4 @@ TEST(ValueSequence, ScalarIsASequenceOfOneAndEmptyContainerOfNone) {
   EXPECT_TRUE(read<std::vector<int>>(_value_t(std::vector<int>{})).empty());
 }
 
-TEST(ValueSequence, ObjectsReadAsConstObjects) {
-  SmartPtr<SmartPtrObj> object(new SmartPtrObj);
-  const _value_t objects = std::vector<SmartPtr<SmartPtrObj>>{object, nullptr};
-  const std::vector<SmartPtr<SmartPtrObj const>> constant = objects;
-  ASSERT_EQ(constant.size(), 2u);
-  EXPECT_EQ(constant[0].get(), object.get());
-  EXPECT_EQ(constant[1].get(), nullptr);
-}
-
 }  // namespace

@@ -21,8 +21,6 @@ class Named : public SmartPtrObj {
 TEST(ValueText, ScalarsPrintTheirNumberWordOrText) {
   std::pair<_value_t, std::string> cases[] = {
       {_value_t(-3), "-3"},
-      {_value_t(4294967295UL), "4294967295"},
-      {_value_t(-9000000000LL), "-9000000000"},
       {_value_t(0.1 + 0.2), "0.3"},
       {_value_t(123456789.0), "1.234568e+008"},
       {_value_t(1.0 / 3), "0.3333333"},
