@@ -13,8 +13,8 @@
 // Figures are the best of several rounds, which filters out rounds the
 // machine spent on something else.
 #include <qz/errors/exceptions.h>
-#include <qz/errors/structured_exceptions.h>
-#include <qz/errors/symbols.h>
+#include <qz/faults/structured_exceptions.h>
+#include <qz/diagnostics/symbols.h>
 #include <qz/errors/tuning.h>
 
 #include "bench_support.h"

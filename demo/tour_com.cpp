@@ -1,9 +1,9 @@
 #include "tour.h"
 
-#include <qz/os/com_file_stream.h>
-#include <qz/os/com_initialize.h>
-#include <qz/os/com_string_stream.h>
-#include <qz/os/printer.h>
+#include <qz/services/com_file_stream.h>
+#include <qz/services/com_initialize.h>
+#include <qz/services/com_string_stream.h>
+#include <qz/services/printer.h>
 
 #include <sstream>
 #include <string>

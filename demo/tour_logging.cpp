@@ -1,7 +1,7 @@
 #include "tour.h"
 
 #include <qz/errors/generic.h>
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/logging/file_writer.h>
 #include <qz/logging/global_streams.h>
 #include <qz/logging/permanent_file_writer.h>

@@ -1,6 +1,6 @@
 #include <qz/core/codepage.h>
 
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 
 #include <windows.h>
 

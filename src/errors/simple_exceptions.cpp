@@ -1,6 +1,6 @@
 // The exceptions whose values come straight from their arguments.
 #include <qz/errors/exceptions.h>
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 
 #include <qz/core/type_name.h>
 

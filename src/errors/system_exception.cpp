@@ -1,5 +1,5 @@
 #include <qz/errors/exceptions.h>
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 
 #include "errors/system_message.h"
 

@@ -1,4 +1,4 @@
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/os/file.h>
 
 TFile::TFile(const wchar_t* name, DWORD access, DWORD share, DWORD disposition) {

@@ -1,4 +1,4 @@
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/os/handle.h>
 
 void* THandle::DuplicateOf(void* h) {

@@ -1,4 +1,4 @@
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/os/mailslot.h>
 
 TMailslot::TMailslot(const char* name, DWORD readTimeout, DWORD maxMessageSize) {

@@ -1,4 +1,4 @@
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/sync/multi_lock.h>
 #include <qz/sync/waitable_timer.h>
 

@@ -1,6 +1,6 @@
 #include "sync/named_object_security.h"
 
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 
 namespace qz_detail {
 

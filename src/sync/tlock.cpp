@@ -1,4 +1,4 @@
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/sync/tlock.h>
 
 #include <windows.h>

@@ -1,12 +1,12 @@
 #include <qz/errors/exceptions.h>
-#include <qz/errors/structured_exceptions.h>
-#include <qz/errors/symbols.h>
-#include <qz/errors/throw.h>
+#include <qz/faults/structured_exceptions.h>
+#include <qz/diagnostics/symbols.h>
+#include <qz/core/throw.h>
 #include <qz/logging/debug_stream_session.h>
 #include <qz/logging/global_streams.h>
 #include <qz/threads/thread_class.h>
 
-#include "errors/stack_guarantee.h"
+#include "faults/stack_guarantee.h"
 
 #include <windows.h>
 

@@ -1,9 +1,9 @@
 #include <qz/core/com_types.h>
 #include <qz/errors/exceptions.h>
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/errors/tuning.h>
 
-#include "errors/errors_test_support.h"
+#include "support/errors_test_support.h"
 #include "support/error_code.h"
 #include "support/scoped_setting.h"
 

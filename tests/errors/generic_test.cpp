@@ -1,6 +1,6 @@
 #include <qz/errors/exceptions.h>
 
-#include "errors/errors_test_support.h"
+#include "support/errors_test_support.h"
 #include "support/error_code.h"
 
 #include <gtest/gtest.h>

@@ -24,7 +24,7 @@
 // must not be changed while an operation started with it is pending.
 #pragma once
 
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 #include <qz/os/file.h>
 
 template <class File>

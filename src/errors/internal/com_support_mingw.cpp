@@ -1,7 +1,7 @@
 // The COM support library pieces mingw-w64's comutil.h/comdef.h declare but
 // do not define. Failures go to qz's exceptions instead of _com_error.
 #include <qz/core/com_types.h>
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 
 #include <cstring>
 #include <new>

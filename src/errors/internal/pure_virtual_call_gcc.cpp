@@ -2,7 +2,7 @@
 // call of a pure virtual function: the library's own classes get this
 // definition, which throws EPurecallException as the runtime's handler does
 // (fault_startup.cpp installs that one).
-#include <qz/errors/throw.h>
+#include <qz/core/throw.h>
 
 #include <cxxabi.h>
 
