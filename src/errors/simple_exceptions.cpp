@@ -1,6 +1,6 @@
 // The exceptions whose values come straight from their arguments.
-#include <qz/errors/exceptions.h>
 #include <qz/core/throw.h>
+#include <qz/errors/exceptions.h>
 
 #include <qz/core/type_name.h>
 
@@ -35,4 +35,14 @@ void _my_purecall_translator() { throw EPurecallException(); }
 void qz_throw_assertion(const char* condition, const char* file, int line, const char* function) {
   throw EGeneric({"Text", "Condition not meet"}, {"Condition", or_empty(condition)},
                  {"SourceFile", or_empty(file)}, {"SourceLine", line}, {"SourceFunction", or_empty(function)});
+}
+
+void ThrowBadCast(const std::type_info& from, const std::type_info& to) { throw EBadCastException(from, to); }
+
+void ThrowNotImplemented(const char* file, int line, const char* function) {
+  throw ENotImplemented(file, line, function);
+}
+
+void ThrowStatusError(const char* status, const char* text) {
+  throw EGeneric({"Status", or_empty(status)}, {"Text", or_empty(text)});
 }

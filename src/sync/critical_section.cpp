@@ -1,6 +1,6 @@
 #include <qz/sync/critical_section.h>
 
-#include <qz/errors/exceptions.h>
+#include <qz/core/throw.h>
 
 #include <cstring>
 
@@ -24,7 +24,7 @@ TCriticalSection& TCriticalSection::operator=(const TCriticalSection& other) {
 TCriticalSection::~TCriticalSection() { DeleteCriticalSection(this); }
 
 bool TCriticalSection::Lock(unsigned int /*timeout*/) {
-  throw ENotImplemented("CriticalSection", 18, "TCriticalSection::Lock");
+  ThrowNotImplemented("CriticalSection", 18, "TCriticalSection::Lock");
 }
 
 void TCriticalSection::Lock() { EnterCriticalSection(this); }

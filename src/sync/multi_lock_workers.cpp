@@ -1,7 +1,7 @@
 // The lock and release workers of TMultiLock. Each attempt starts by taking
 // the inner lock; every path below says where it is left again (signal and
 // unsignal leave it, and so does a wait before it sleeps).
-#include <qz/errors/generic.h>
+#include <qz/core/throw.h>
 #include <qz/sync/multi_lock.h>
 
 namespace {
@@ -150,7 +150,7 @@ bool TMultiLock::wait_to_upgrade(_owner_id owner, unsigned int timeout, _wait_bu
     // waiting upgrader may already be gone from it.
     const std::string status = leaving_inner_lock_on_throw([this] { return status_text(); });
     inner_unlock();
-    throw EGeneric({"Status", status}, {"Text", "Dead-lock in multilock"});
+    ThrowStatusError(status.c_str(), "Dead-lock in multilock");
   }
   bool entered = false;
   try {

@@ -1,5 +1,5 @@
 // The SYSTEMTIME, FILETIME and automation-date forms of _time_t.
-#include <qz/errors/generic.h>
+#include <qz/core/throw.h>
 #include <qz/time/time.h>
 
 namespace {
@@ -8,8 +8,7 @@ namespace {
 // condition, line and function are fixed data identifying each check, so that
 // what callers see does not move when this file is edited.
 [[noreturn]] void throw_time_assertion(const char* condition, int line, const char* function) {
-  throw EGeneric({"Text", "Condition not meet"}, {"Condition", condition}, {"SourceFile", "Time"},
-                 {"SourceLine", line}, {"SourceFunction", function});
+  qz_throw_assertion(condition, "Time", line, function);
 }
 
 const char kSystemTimeToVariantTime[] = "SystemTimeToVariantTime( &SystemTime, &VariantTime ) != 0";

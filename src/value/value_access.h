@@ -5,7 +5,7 @@
 // wanted. The lenient readers (as_int ... as_time) add the numeric helpers.
 #pragma once
 
-#include <qz/errors/exceptions.h>
+#include <qz/core/throw.h>
 #include <qz/value/internal/value_data.h>
 
 #include <limits>
@@ -16,7 +16,7 @@ namespace qz_detail {
 // The storage of a non-empty value; an empty one refuses every reader with a
 // bad cast from void to the reader's result.
 inline const _value_t_data& stored_or_throw(const _value_t_data* data, const std::type_info& wanted) {
-  if (!data) throw EBadCastException(typeid(void), wanted);
+  if (!data) ThrowBadCast(typeid(void), wanted);
   return *data;
 }
 

@@ -4,7 +4,7 @@
 
 #include "value/value_conversions.h"
 
-#include <qz/errors/exceptions.h>
+#include <qz/core/throw.h>
 #include <qz/value/value.h>
 
 namespace {
@@ -14,7 +14,7 @@ volatile long live_storages = 0;
 }  // namespace
 
 void qz_detail::throw_bad_cast(const std::type_info& from, const std::type_info& to) {
-  throw EBadCastException(from, to);
+  ThrowBadCast(from, to);
 }
 
 _value_t_data::_value_t_data() noexcept : ref_count_(0) { InterlockedIncrement(&live_storages); }
@@ -59,9 +59,9 @@ void _value_t_data::Release() const noexcept {
 long _value_t_data::live_count() noexcept { return live_storages; }
 
 void _value_t_data::throw_bad_cast_to(const std::type_info& to) const {
-  throw EBadCastException(type(), to);
+  ThrowBadCast(type(), to);
 }
 
 void _value_t_data::throw_bad_cast_from(const std::type_info& from) const {
-  throw EBadCastException(from, type());
+  ThrowBadCast(from, type());
 }

@@ -9,7 +9,6 @@
 
 #include "value/value_access.h"
 
-#include <qz/errors/exceptions.h>
 
 #include <stdlib.h>
 #include <string.h>

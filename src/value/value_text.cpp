@@ -12,7 +12,6 @@
 
 #include <qz/core/codepage.h>
 #include <qz/core/type_name.h>
-#include <qz/errors/exceptions.h>
 
 #include <stdlib.h>
 

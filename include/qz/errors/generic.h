@@ -16,6 +16,7 @@
 // on one thread at a time. what() is serialised process-wide.
 #pragma once
 
+#include <qz/core/throw.h>  // QZ_ASSERT and the throw helpers
 #include <qz/export.h>
 #include <qz/value/value.h>
 
@@ -92,14 +93,3 @@ class QZ_API EGeneric : public std::exception {
  private:
   value_list values_;
 };
-
-// Throws EGeneric("Text" = "Condition not meet", "Condition", "SourceFile",
-// "SourceLine", "SourceFunction") when `condition` is false.
-#define QZ_ASSERT(condition)                                                   \
-  do {                                                                         \
-    if (!(condition))                                                          \
-      qz_throw_assertion(#condition, __FILE__, __LINE__, __func__);            \
-  } while (false)
-
-[[noreturn]] QZ_API void qz_throw_assertion(const char* condition, const char* file, int line,
-                                            const char* function);
