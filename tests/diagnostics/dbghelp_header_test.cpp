@@ -15,7 +15,7 @@ TEST(SymbolsWithDbghelpHeader, LibraryFunctionsKeepTheirNames) {
   unsigned long long frames[4] = {};
   const unsigned int count = StackWalk(frames, nullptr, nullptr, 0, 4);
   ASSERT_GE(count, 1u);
-  EXPECT_EQ(SymGetModuleFromAddress(frames[0]), "qz_errors_tests");
+  EXPECT_EQ(SymGetModuleFromAddress(frames[0]), "qz_diagnostics_tests");
   ASSERT_TRUE(SymInitialize());
   SymCleanup();
 }

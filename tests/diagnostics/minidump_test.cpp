@@ -60,7 +60,7 @@ class MiniDumpTest : public errors_test::SymbolEngineTest {
 
 TEST_F(MiniDumpTest, ADumpWithoutAFaultIsNamedAfterTheCaller) {
   const std::string path = EGeneric::SaveMiniDump(nullptr, 0, GetCurrentThreadId());
-  EXPECT_TRUE(NamedAsADumpOf(path, "qz_errors_tests_Dump")) << path;
+  EXPECT_TRUE(NamedAsADumpOf(path, "qz_diagnostics_tests_Dump")) << path;
   EXPECT_TRUE(IsDump(path));
 
   // cancel_minidump deletes the file and the entry, and leaves the rest.

@@ -53,7 +53,7 @@ TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltItOnlyWhenA
     FAIL();
   } catch (const EGeneric& e) {
     EXPECT_EQ(NamesOf(e), "ModuleName,AddressName,Stack,");
-    EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
+    EXPECT_EQ(TextOf(e, "ModuleName"), "qz_faults_tests");
     const std::string name = TextOf(e, "AddressName");
     EXPECT_TRUE(StartsWith(name, "throw_extended+")) << name;
     EXPECT_NE(name.find("[debug_information_test.cpp#"), std::string::npos);
@@ -80,7 +80,7 @@ TEST_F(DebugInformationTest, TheHandlerGivesAThrownEGenericTheLocationAndStackOf
   ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
   {
     const EGeneric e = CaughtFarAway();
-    EXPECT_EQ(TextOf(e, "ModuleName"), "qz_errors_tests");
+    EXPECT_EQ(TextOf(e, "ModuleName"), "qz_faults_tests");
     EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "ThrowFromDeepInside+")) << TextOf(e, "AddressName");
     const std::string stack = TextOf(e, "Stack");
     EXPECT_TRUE(StartsWith(stack, "\n-> ThrowFromDeepInside+")) << stack;
