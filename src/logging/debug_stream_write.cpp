@@ -53,7 +53,9 @@ TDebugStream& TDebugStream::WriteString(const char* text, size_t length) {
     length = stamped.size();
   }
   // By index: a writer may add writers to this stream while it is called.
-  for (size_t i = 0; i < writers.size(); ++i) writers[i]->StreamWriteString(text, length);
+  // The list takes null writers unchecked; a logging call must not crash.
+  for (size_t i = 0; i < writers.size(); ++i)
+    if (TStreamWriter* writer = writers[i]) writer->StreamWriteString(text, length);
   return *this;
 }
 

@@ -97,6 +97,23 @@ TEST(DebugStreamWrite, WriterFailurePassesOutAndReleasesTheLock) {
   EXPECT_EQ(memory->text(), "xy");  // the writers before the failing one got it
 }
 
+// The list takes a null writer as it takes any other, but writing passes
+// over it: a logging call never crashes, and the real writers get the text.
+TEST(DebugStreamWrite, NullWritersAreKeptButSkippedWhenWriting) {
+  auto* first = new MemoryWriter;
+  auto* last = new MemoryWriter;
+  TDebugStream s{Writer()};
+  s.AddWriter(first);
+  s.AddWriter(nullptr);
+  s.AddWriter(last);
+  EXPECT_EQ(Peek::WritersOf(s).size(), 4u);
+  s.WriteString("x", 1);
+  TDebugStreamSession(s) << "y" << 2;
+  s.printf("%d", 3);
+  EXPECT_EQ(first->text(), "xy23");
+  EXPECT_EQ(last->text(), "xy23");
+}
+
 // WriteString passes bytes as given (zeros too) and skips null or empty text.
 // printf: the runtime's rules (%I64d), and the 4096-byte buffer: 4095
 // characters fit, longer text is cut and the full buffer goes out, its zero included.

@@ -51,7 +51,8 @@ class QZ_API TDebugStream {
   // Closes the mutex handle (ESystemException when the system refuses).
   virtual ~TDebugStream() noexcept(false);
 
-  // Appends `w` (no check for null or duplicates).
+  // Appends `w` (no check for null or duplicates). A null writer stays in
+  // the list and counts for GetEnabled, but writing passes over it.
   void AddWriter(SmartPtr<TStreamWriter> w);
   // Removes the first entry that is `w` itself. A writer that is not in the
   // list removes the LAST writer instead: remove only writers you added.
