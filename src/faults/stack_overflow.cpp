@@ -21,7 +21,9 @@ const unsigned int kStackOverflow = 0xC00000FD;
 // Waits for the helper alertably, as every wait of the library does. When a
 // user procedure call throws out of the wait (an interruption), the helper
 // is still writing into the faulting thread's exception: wait for it without
-// being alertable before letting the throw go on.
+// being alertable, then take back the signal it gave on its way out, so that
+// the next overflow's wait is for its own helper, before letting the throw
+// go on.
 void wait_for_helper(HANDLE done, HANDLE helper) {
   try {
     for (;;) {
@@ -31,6 +33,7 @@ void wait_for_helper(HANDLE done, HANDLE helper) {
     }
   } catch (...) {
     WaitForSingleObject(helper, INFINITE);
+    ResetEvent(done);
     throw;
   }
 }

@@ -245,6 +245,45 @@ TEST(FaultTranslation, SeveralThreadsFaultingAndOverflowingAtOnceAreAllTranslate
   EXPECT_EQ(overflows, kThreads * 4);
 }
 
+// Deletes the stack-overflow dumps in "Dumps" (an interrupted overflow's
+// dump has no exception left to cancel it).
+void DeleteOverflowDumps() {
+  WIN32_FIND_DATAA found;
+  HANDLE search = FindFirstFileA("Dumps\\*_C00000FD_*.dmp", &found);
+  if (search == INVALID_HANDLE_VALUE) return;
+  do DeleteFileA((std::string("Dumps\\") + found.cFileName).c_str());
+  while (FindNextFileA(search, &found));
+  FindClose(search);
+}
+
+// An interruption that ends the faulting thread's wait for the overflow
+// helper leaves the hand-off as it found it: the next overflow waits for its
+// own helper and arrives with its values. The helper of the first overflow
+// writes a dump, so it is still at work when the interruption arrives.
+TEST(StackOverflow, AnOverflowAfterAnInterruptedOneArrivesWhole) {
+  errors_test::DumpDirectory dumps;
+  std::string first, second;
+  qz_test::WorkerThread worker([&] {
+    redirect_structured_exceptions translate;
+    // Delivered at the thread's next alertable wait: the wait for the helper.
+    QueueUserAPC(&qz_test::ThrowInterrupt, GetCurrentThread(), 0);
+    try {
+      first = OverflowStack();
+    } catch (const EThreadInterrupt&) {
+      first = "interrupted";
+    }
+    EStackOverflowException::ResetStack();
+    NoDumps no_dumps;
+    second = OverflowStack();
+    EStackOverflowException::ResetStack();
+  });
+  ASSERT_TRUE(worker.Join(120000)) << "an overflowing thread hangs";
+  DeleteOverflowDumps();
+  EXPECT_EQ(worker.error(), "");
+  EXPECT_EQ(first, "interrupted");
+  EXPECT_EQ(second, "Stack Overflow -1073741571");
+}
+
 // A load through its first argument whose faulting instruction is two bytes
 // long, so that a handler can step over it.
 extern "C" int qz_test_probe(std::uintptr_t address);
@@ -349,7 +388,7 @@ TEST(FaultDumps, AnAccessViolationWritesADumpNamedAfterModuleCodeAndTime) {
     FAIL() << "no exception";
   } catch (EStructuredException& e) {
     const std::string path = TextOf(e, "MiniDump");
-    EXPECT_TRUE(errors_test::NamedAsADumpOf(path, "qz_errors_tests_C0000005")) << path;
+    EXPECT_TRUE(errors_test::NamedAsADumpOf(path, "qz_faults_tests_C0000005")) << path;
     EXPECT_TRUE(errors_test::IsDump(path));
     e.cancel_minidump();
     EXPECT_FALSE(errors_test::FileExists(path));
