@@ -35,6 +35,13 @@ struct dbghelp_api {
                                   PMINIDUMP_CALLBACK_INFORMATION callback);
   // Optional: makes modules loaded since the start known to the library.
   BOOL(WINAPI* SymRefreshModuleList)(HANDLE process);
+  // Optional: forgets a module that was unloaded, so that a refresh can
+  // register the one loaded at its base since.
+  BOOL(WINAPI* SymUnloadModule64)(HANDLE process, DWORD64 base);
+  // Optional: registers one module by path and range, for a module that a
+  // refresh of the list did not register.
+  DWORD64(WINAPI* SymLoadModuleExW)(HANDLE process, HANDLE file, PCWSTR image, PCWSTR module,
+                                    DWORD64 base, DWORD size, PMODLOAD_DATA data, DWORD flags);
   // Optional: the walker's default helpers, passed explicitly where present.
   PFUNCTION_TABLE_ACCESS_ROUTINE64 SymFunctionTableAccess64;
   PGET_MODULE_BASE_ROUTINE64 SymGetModuleBase64;

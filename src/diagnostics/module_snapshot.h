@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <set>
+#include <string>
 #include <vector>
 
 class module_snapshot {
@@ -15,6 +16,7 @@ class module_snapshot {
   struct module_range {
     DWORD64 base;
     DWORD64 size;
+    std::wstring path;  // tells a module from another loaded later at its base
   };
 
   module_snapshot() = default;
@@ -30,9 +32,13 @@ class module_snapshot {
 
   // The module holding `address` in the snapshot, or null.
   const module_range* find(DWORD64 address) const;
+  // Whether `module` is still loaded at its base: false once it was
+  // unloaded, whether or not another module took its place.
+  static bool still_loaded(const module_range& module);
 
   bool symbols_loaded(DWORD64 base) const { return loaded_.count(base) != 0; }
   void mark_symbols_loaded(DWORD64 base) { loaded_.insert(base); }
+  void forget_symbols(DWORD64 base) { loaded_.erase(base); }
 
  private:
   void close_snapshot();

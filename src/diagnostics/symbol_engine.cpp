@@ -9,6 +9,9 @@ namespace {
 struct engine_state {
   TCriticalSection lock;
   volatile LONG users = 0;  // changed under the lock, read without it
+  // Cleanups that could not get the lock in time: the next holder of the
+  // lock gives their uses up (settle_cleanups).
+  volatile LONG pending_cleanups = 0;
   HMODULE library = nullptr;
   bool loaded = false;  // the library is loaded with all required functions and has a session
   dbghelp_api api = {};
@@ -42,6 +45,8 @@ bool look_up_all(HMODULE library, dbghelp_api& api) {
       look_up(library, "StackWalk64", api.StackWalk64) &
       look_up(library, "MiniDumpWriteDump", api.MiniDumpWriteDump);
   look_up(library, "SymRefreshModuleList", api.SymRefreshModuleList);
+  look_up(library, "SymUnloadModule64", api.SymUnloadModule64);
+  look_up(library, "SymLoadModuleExW", api.SymLoadModuleExW);
   look_up(library, "SymFunctionTableAccess64", api.SymFunctionTableAccess64);
   look_up(library, "SymGetModuleBase64", api.SymGetModuleBase64);
   return required;
@@ -74,6 +79,18 @@ void unload(engine_state& state) {
   state.loaded = false;
 }
 
+// Under the lock: ends `count` uses; the last one unloads the library. A
+// cleanup without a start ends nothing, so the count never goes below zero.
+void end_uses(engine_state& state, LONG count) {
+  for (; count > 0 && state.users > 0; --count)
+    if (InterlockedDecrement(&state.users) == 0 && state.loaded) unload(state);
+}
+
+// Under the lock: the uses of the cleanups that timed out waiting for it.
+void settle_cleanups(engine_state& state) {
+  if (state.pending_cleanups) end_uses(state, InterlockedExchange(&state.pending_cleanups, 0));
+}
+
 }  // namespace
 
 // A critical section has no timed wait: try, yield a few times (most holds
@@ -90,8 +107,14 @@ symbol_lock::symbol_lock(DWORD timeout_ms) : held_(false) {
   }
 }
 
+// The outermost holder settles the cleanups that timed out while it held
+// the lock, so that the library is unloaded when its last user is done even
+// then.
 symbol_lock::~symbol_lock() {
-  if (held_) LeaveCriticalSection(&engine().lock);
+  if (!held_) return;
+  engine_state& state = engine();
+  if (state.lock.RecursionCount == 1) settle_cleanups(state);
+  LeaveCriticalSection(&state.lock);
 }
 
 const dbghelp_api* loaded_dbghelp() {
@@ -105,21 +128,22 @@ bool SymInitialize() {
   symbol_lock lock;
   if (!lock) return false;
   engine_state& state = engine();
-  InterlockedIncrement(&state.users);
+  InterlockedIncrement(&state.users);  // first: a settled cleanup must not unload what this uses
+  settle_cleanups(state);
   if (state.loaded || load(state)) return true;
   InterlockedDecrement(&state.users);
   return false;
 }
 
-// A cleanup that cannot get the lock in time still gives its use up; the
-// library then stays loaded, and the next first user finds it ready.
+// The count changes only under the lock: a cleanup that cannot get it in
+// time leaves its use to the thread that holds the lock, which gives it up
+// when it lets the lock go.
 void SymCleanup() {
-  symbol_lock lock;
   engine_state& state = engine();
-  const LONG left = InterlockedDecrement(&state.users);
-  if (left < 0) {  // a cleanup without a start: nothing to end
-    InterlockedIncrement(&state.users);
+  symbol_lock lock;
+  if (!lock) {
+    InterlockedIncrement(&state.pending_cleanups);
     return;
   }
-  if (left == 0 && lock && state.loaded) unload(state);
+  end_uses(state, 1);
 }

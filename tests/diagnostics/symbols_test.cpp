@@ -55,7 +55,7 @@ TEST_F(SymbolsTest, NamesFunctionsOfTheProgramTheLibraryAndNoModule) {
   EXPECT_TRUE(StartsWith(source, "symbols_test.cpp#")) << source;
   EXPECT_EQ(SymGetFullNameFromAddress(own + 2),
             "named_test_function+2[" + SymGetSourceFromAddress(own + 2) + "]");
-  EXPECT_EQ(SymGetModuleFromAddress(own), "qz_errors_tests");
+  EXPECT_EQ(SymGetModuleFromAddress(own), "qz_diagnostics_tests");
 
   using naming = std::string (*)(unsigned long long);
   const unsigned long long library =
@@ -127,7 +127,7 @@ TEST_F(SymbolsTest, ErrorAddressSkipsTheListedModulesWithoutCase) {
   EXPECT_EQ(SymGetActualErrorAddress(system_only, 3), 0u);
   EXPECT_EQ(SymGetActualErrorAddress(blamed, 0), 0u);
 
-  qz_test::ScopedSetting<std::string> only_the_program(SkipModulesForError, "QZ_ERRORS_TESTS;x");
+  qz_test::ScopedSetting<std::string> only_the_program(SkipModulesForError, "QZ_DIAGNOSTICS_TESTS;x");
   EXPECT_EQ(SymGetActualErrorAddress(blamed, 5), library);
 }
 
@@ -142,6 +142,42 @@ TEST_F(SymbolsTest, AModuleLoadedAfterTheStartIsFoundToo) {
   EXPECT_FALSE(EnsureModuleSymbolsLoaded(0x10));
 }
 
+// A copy of the probe module under `name` in the temporary folder.
+std::wstring CopyOfProbeModule(const wchar_t* name) {
+  wchar_t program[MAX_PATH], folder[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  std::wstring probe = program;
+  probe.erase(probe.rfind(L'\\') + 1);
+  probe += L"qz_probe_module.dll";
+  GetTempPathW(MAX_PATH, folder);
+  const std::wstring copy = std::wstring(folder) + name;
+  return CopyFileW(probe.c_str(), copy.c_str(), FALSE) ? copy : std::wstring();
+}
+
+// While the engine stays started (as an enabled reference logger keeps it),
+// a module unloaded and another loaded over its range: the address is named
+// after the module that holds it now, not the one that held it before.
+TEST_F(SymbolsTest, AModuleLoadedWhereAnotherWasUnloadedIsNamedAfterItself) {
+  const std::wstring first_path = CopyOfProbeModule(L"qz_probe_first.dll");
+  const std::wstring second_path = CopyOfProbeModule(L"qz_probe_second.dll");
+  ASSERT_FALSE(first_path.empty() || second_path.empty());
+  HMODULE first = LoadLibraryW(first_path.c_str());
+  ASSERT_NE(first, nullptr);
+  const unsigned long long function =
+      address_of(reinterpret_cast<void*>(GetProcAddress(first, "qz_probe_function")));
+  EXPECT_EQ(SymGetModuleFromAddress(function), "qz_probe_first");
+  FreeLibrary(first);
+  HMODULE second = LoadLibraryW(second_path.c_str());
+  ASSERT_NE(second, nullptr);
+  ASSERT_EQ(second, first) << "the copy was loaded elsewhere: nothing to tell apart";
+  EXPECT_EQ(SymGetModuleFromAddress(function), "qz_probe_second");
+  EXPECT_TRUE(StartsWith(SymGetNameFromAddress(function), "qz_probe_function"))
+      << SymGetNameFromAddress(function);
+  FreeLibrary(second);
+  DeleteFileW(first_path.c_str());
+  DeleteFileW(second_path.c_str());
+}
+
 TEST_F(SymbolsTest, NamesAndWalksFromSeveralThreadsAtOnce) {
   const unsigned long long own = address_of(reinterpret_cast<void*>(&named_test_function));
   const std::string expected = SymGetFullNameFromAddress(own);
@@ -153,7 +189,7 @@ TEST_F(SymbolsTest, NamesAndWalksFromSeveralThreadsAtOnce) {
         if (!SymInitialize()) ++wrong;  // cheap: the suite keeps the library loaded
         unsigned long long frames[16];
         if (walk_here(frames, 0, 16) < 2 || SymGetFullNameFromAddress(own) != expected) ++wrong;
-        if (SymGetModuleFromAddress(frames[0]) != "qz_errors_tests") ++wrong;
+        if (SymGetModuleFromAddress(frames[0]) != "qz_diagnostics_tests") ++wrong;
         SymCleanup();
       }
     }));
