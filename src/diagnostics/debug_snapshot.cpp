@@ -4,6 +4,7 @@
 // an empty line, the calling thread's block first.
 #include "diagnostics/process_locks.h"
 #include "diagnostics/symbol_engine.h"
+#include "diagnostics/thread_walk.h"
 
 #include <tlhelp32.h>
 
@@ -40,22 +41,13 @@ std::vector<DWORD> other_threads() {
   return ids;
 }
 
-// Suspends the thread, walks it from its context and resumes it. Nothing
-// here may wait for a lock the suspended thread could hold: the caller holds
-// the symbol lock and the process locks for the whole time.
+// The caller holds the symbol lock and the process locks for the whole time.
 void walk_suspended(walked_stack& stack) {
   HANDLE thread = OpenThread(THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_QUERY_INFORMATION,
                              FALSE, stack.thread_id);
   if (!thread) return;
-  if (SuspendThread(thread) != static_cast<DWORD>(-1)) {
-    CONTEXT context = {};
-    context.ContextFlags = CONTEXT_FULL;
-    if (GetThreadContext(thread, &context)) {
-      stack.count = StackWalk(stack.frames, &context, thread, 0, kMaxFrames);
-      stack.readable = true;
-    }
-    ResumeThread(thread);
-  }
+  stack.readable = walk_thread_while_locked(thread, stack.frames, kMaxFrames, stack.count,
+                                            suspended_thread::walk);
   CloseHandle(thread);
 }
 

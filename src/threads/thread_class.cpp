@@ -6,6 +6,7 @@
 #include <qz/logging/global_streams.h>
 #include <qz/threads/thread_class.h>
 
+#include "diagnostics/thread_walk.h"
 #include "faults/stack_guarantee.h"
 
 #include <windows.h>
@@ -104,17 +105,13 @@ void TThreadClass::ThrowEThreadInterrupt() {
   throw EThreadInterrupt();
 }
 
-// The stack is walked while the thread stands still; its names are looked
-// up after it runs again, so that the lookup (which allocates) can never
-// wait for a lock the suspended thread holds.
+// The stack is walked while the thread stands still, holding none of the
+// locks the walk needs (thread_walk.h); its names are looked up after it
+// runs again.
 std::string TThreadClass::GetCurrentStack() {
-  if (IsOwnThread() || ::SuspendThread(handle) != 0) return std::string();
-  CONTEXT context{};
-  context.ContextFlags = CONTEXT_FULL;
+  if (IsOwnThread()) return std::string();
   unsigned long long frames[kStackFrames];
-  unsigned int count = 0;
-  if (GetThreadContext(handle, &context)) count = StackWalk(frames, &context, handle, 0, kStackFrames);
-  ::ResumeThread(handle);
+  const unsigned int count = walk_thread(handle, frames, kStackFrames, suspended_thread::skip);
   return count == 0 ? std::string() : SymGetStackTrace(frames, count);
 }
 

@@ -1,0 +1,64 @@
+// TThreadClass::GetCurrentStack of a thread that holds locks of the system's
+// own: the walk must never suspend the thread inside them.
+#include "support/test_threads.h"
+#include "threads/threads_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <string>
+
+namespace {
+
+using threads_test::LambdaThread;
+
+using LockLoader = LONG(NTAPI*)(ULONG flags, ULONG* disposition, ULONG_PTR* cookie);
+using UnlockLoader = LONG(NTAPI*)(ULONG flags, ULONG_PTR cookie);
+
+template <typename Function>
+Function Native(const char* name) {
+  return reinterpret_cast<Function>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+// The walk allocates and loads the debug-help library, which needs the
+// process heap's lock and the loader lock: asked while the thread holds
+// them, the call waits until the thread lets them go and only then suspends
+// it, instead of suspending the holder and waiting for it for ever.
+TEST(ThreadClassStack, AThreadHoldingTheHeapAndLoaderLocksIsWalkedOnceItLetsGo) {
+  const auto lock_loader = Native<LockLoader>("LdrLockLoaderLock");
+  const auto unlock_loader = Native<UnlockLoader>("LdrUnlockLoaderLock");
+  ASSERT_TRUE(lock_loader && unlock_loader);
+  TEvent held, release, ask;
+  LambdaThread thread([&] {
+    ULONG_PTR cookie = 0;
+    lock_loader(0, nullptr, &cookie);
+    HeapLock(GetProcessHeap());
+    held.Set();
+    Sleep(2000);
+    HeapUnlock(GetProcessHeap());
+    unlock_loader(0, cookie);
+    release.WaitForSignal();
+  });
+  std::string stack;
+  // Started first: a thread starting while the loader lock is held waits.
+  qz_test::WorkerThread caller([&] {
+    ask.WaitForSignal();
+    stack = thread.GetCurrentStack();
+  });
+  thread.StartThread();
+  ASSERT_TRUE(held.Signaled(10000));
+  ask.Set();
+  const bool returned = caller.Join(60000);
+  if (!returned) {
+    thread.ResumeThread();  // the holder goes on, lets the heap go and frees the caller
+    caller.Join(60000);
+  }
+  EXPECT_TRUE(returned) << "GetCurrentStack waited for a thread it had suspended";
+  EXPECT_NE(stack.find("\n-> "), std::string::npos) << stack;
+  EXPECT_EQ(thread.ResumeThread(), 0u) << "the thread was left suspended";
+  release.Set();
+}
+
+}  // namespace
