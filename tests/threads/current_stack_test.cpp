@@ -36,7 +36,9 @@ TEST(ThreadClassStack, AThreadHoldingTheHeapAndLoaderLocksIsWalkedOnceItLetsGo) 
     lock_loader(0, nullptr, &cookie);
     HeapLock(GetProcessHeap());
     held.Set();
-    Sleep(2000);
+    // Busy, not asleep: a thread asleep in the system stops only when it wakes.
+    for (const DWORD start = GetTickCount(); GetTickCount() - start < 2000;) {
+    }
     HeapUnlock(GetProcessHeap());
     unlock_loader(0, cookie);
     release.WaitForSignal();
