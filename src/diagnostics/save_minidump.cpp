@@ -1,4 +1,5 @@
 // EGeneric::SaveMiniDump: the dump's path from the fault, then the writer.
+#include "diagnostics/dump_file.h"
 #include "diagnostics/internal/gcc_thrown_object_mingw.h"
 #include "diagnostics/minidump_path.h"
 #include "diagnostics/symbol_engine.h"
@@ -53,15 +54,12 @@ std::string program_name() {
 
 }  // namespace
 
-std::string EGeneric::SaveMiniDump(_EXCEPTION_POINTERS* pointers, unsigned long type,
-                                   unsigned long thread_id) {
+std::string save_minidump_named(EXCEPTION_POINTERS* pointers, unsigned long type,
+                                unsigned long thread_id, std::string module) {
   try {
     SYSTEMTIME now;
     GetLocalTime(&now);
-    symbol_engine_user engine;  // held across the walk, the naming and the writer
     const EXCEPTION_RECORD* record = pointers ? pointers->ExceptionRecord : nullptr;
-    std::string module = module_of_thrown(record);
-    if (module.empty()) module = module_of_fault(pointers);
     const std::string kind = kind_of(record);
     if (module.empty()) module = program_name();
     const std::string path =
@@ -73,5 +71,17 @@ std::string EGeneric::SaveMiniDump(_EXCEPTION_POINTERS* pointers, unsigned long 
     return WriteMiniDump(path, pointers, type, thread_id) ? path : std::string();
   } catch (...) {
     return {};  // a dump that cannot be made is no error of its own
+  }
+}
+
+std::string EGeneric::SaveMiniDump(_EXCEPTION_POINTERS* pointers, unsigned long type,
+                                   unsigned long thread_id) {
+  try {
+    symbol_engine_user engine;  // held across the walk, the naming and the writer
+    std::string module = module_of_thrown(pointers ? pointers->ExceptionRecord : nullptr);
+    if (module.empty()) module = module_of_fault(pointers);
+    return save_minidump_named(pointers, type, thread_id, module);
+  } catch (...) {
+    return {};
   }
 }

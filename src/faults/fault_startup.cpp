@@ -11,6 +11,7 @@
 #include "faults/vectored_handler.h"
 
 #include <qz/core/throw.h>
+#include <qz/errors/tuning.h>
 
 #include <stdlib.h>
 
@@ -89,4 +90,4 @@ purecall_installation purecall;
 DWORD vectored_reentry_slot() { return reentry_slot.index(); }
 DWORD fault_translator_slot() { return translator_slot.index(); }
 stack_overflow_handoff& overflow_handoff() { return handoff; }
-bool vectored_handler_installed() { return registration.installed(); }
+bool vectored_handler_at_work() { return registration.installed() && UseVEH; }

@@ -44,10 +44,15 @@ EStackOverflowException::EStackOverflowException(_EXCEPTION_POINTERS* pointers,
                                                  unsigned long thread_id)
     : EStructuredException(kStackOverflow, pointers, thread_id) {}
 
-// ThrowThread is protected: the thread entry reaches it through a derived
-// class.
-struct stack_overflow_helper : EStackOverflowException {
-  static DWORD WINAPI run(void* target) {
+void EStackOverflowException::Throw(_EXCEPTION_POINTERS* pointers, unsigned long thread_id) {
+  stack_overflow_handoff& handoff = overflow_handoff();
+  TLock serialised(handoff.lock);
+  EStackOverflowException prepared;
+  handoff.pointers = pointers;
+  handoff.thread_id = thread_id;
+  // The helper's entry is a lambda of this member, which may call the
+  // protected ThrowThread.
+  LPTHREAD_START_ROUTINE run = [](void* target) -> DWORD {
     // A fault while the dump or the stack is taken ends as an exception that
     // the diagnostics swallow, not as the end of the process.
     redirect_structured_exceptions translate;
@@ -59,16 +64,8 @@ struct stack_overflow_helper : EStackOverflowException {
       SetEvent(overflow_handoff().done);
     }
     return result;
-  }
-};
-
-void EStackOverflowException::Throw(_EXCEPTION_POINTERS* pointers, unsigned long thread_id) {
-  stack_overflow_handoff& handoff = overflow_handoff();
-  TLock serialised(handoff.lock);
-  EStackOverflowException prepared;
-  handoff.pointers = pointers;
-  handoff.thread_id = thread_id;
-  HANDLE helper = CreateThread(nullptr, 0, &stack_overflow_helper::run, &prepared, 0, nullptr);
+  };
+  HANDLE helper = CreateThread(nullptr, 0, run, &prepared, 0, nullptr);
   if (!helper) ThrowSystemException();
   try {
     wait_for_helper(handoff.done, helper);

@@ -1,4 +1,4 @@
-#include "faults/fault_thread.h"
+#include "faults/exception_diagnostics.h"
 
 #include <qz/errors/exceptions.h>
 
@@ -46,7 +46,7 @@ int low_32_bits(std::uintptr_t value) { return static_cast<int>(static_cast<std:
 
 EStructuredException::EStructuredException() = default;
 
-EStructuredException::EStructuredException(unsigned int code, _EXCEPTION_POINTERS* pointers,
+__attribute__((noinline)) EStructuredException::EStructuredException(unsigned int code, _EXCEPTION_POINTERS* pointers,
                                            unsigned long thread_id) {
   const EXCEPTION_RECORD* record = pointers ? pointers->ExceptionRecord : nullptr;
   if (code == EXCEPTION_ACCESS_VIOLATION)
@@ -62,10 +62,9 @@ EStructuredException::EStructuredException(unsigned int code, _EXCEPTION_POINTER
     for (DWORD i = 0; i < count; ++i)
       put_value(std::string("Parameter") + static_cast<char>('0' + i), low_32_bits(record->ExceptionInformation[i]));
   }
-  {
-    faulting_thread_scope fault(thread_id);  // a dump names the faulting thread
-    ExtendDebugInformation(pointers);
-  }
+  // The steps of ExtendDebugInformation(pointers), with the faulting thread
+  // for the dump; a walk without a context drops this constructor's frame.
+  exception_diagnostics::at_fault(*this, pointers, thread_id, 1);
   move_to_back("Stack");  // a stack trace ends the message
 }
 

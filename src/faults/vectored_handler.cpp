@@ -6,7 +6,7 @@
 //   exception from the faulting instruction.
 // - A C++ throw of an EGeneric gets its stack, module and symbol as seen at
 //   the throw, and a crash dump when the settings ask for one, before any
-//   unwinding destroys the evidence (cxx_throw_diagnostics.cpp).
+//   unwinding destroys the evidence (exception_diagnostics.h).
 // - Everything else passes untouched.
 //
 // The handler never decides an exception's outcome: apart from the
@@ -14,9 +14,10 @@
 // the search continue, swallows its own errors and leaves the thread's last
 // error as it found it. A per-thread re-entry flag keeps an exception raised
 // by the handler's own work, fault or throw, from being handled again.
-#include "faults/cxx_throw_diagnostics.h"
+#include "faults/exception_diagnostics.h"
 #include "faults/fault_redirect.h"
 #include "faults/fault_startup.h"
+#include "diagnostics/internal/gcc_thrown_object_mingw.h"
 
 #include <qz/errors/tuning.h>
 
@@ -56,11 +57,12 @@ LONG handle(EXCEPTION_POINTERS* pointers) {
     return EXCEPTION_CONTINUE_EXECUTION;
   }
   if (is_debugger_notification(record.ExceptionCode) || !UseVEH) return EXCEPTION_CONTINUE_SEARCH;
-  if (!is_cxx_throw(record) || !cxx_throw_diagnostics_wanted()) return EXCEPTION_CONTINUE_SEARCH;
+  if (record.ExceptionCode != qz_gcc::kThrowCode || !exception_diagnostics::wanted_at_throw())
+    return EXCEPTION_CONTINUE_SEARCH;
   reentry_guard guard;
   if (!guard.entered()) return EXCEPTION_CONTINUE_SEARCH;
   try {
-    add_cxx_throw_diagnostics(pointers);
+    exception_diagnostics::at_throw(pointers);
   } catch (...) {
     // The handler's own failure must not change the exception's outcome.
   }

@@ -63,6 +63,20 @@ TEST_F(DebugInformationTest, AThrownEGenericNamesTheFunctionThatBuiltItOnlyWhenA
   EXPECT_TRUE(EGeneric(true).values().empty());
 }
 
+// While the handler is not at work (UseVEH false) nothing adds the location
+// at the throw, so EGeneric(true) adds it itself, from the code that built it.
+TEST_F(DebugInformationTest, WithUseVEHFalseEGenericTrueTakesTheLocationItself) {
+  ScopedSetting<bool> extend(ExtendDebugInformationFromException, true);
+  ScopedSetting<bool> handler_off(UseVEH, false);
+  try {
+    throw_extended();
+    FAIL();
+  } catch (const EGeneric& e) {
+    EXPECT_EQ(NamesOf(e), "ModuleName,AddressName,Stack,");
+    EXPECT_TRUE(StartsWith(TextOf(e, "AddressName"), "throw_extended+")) << TextOf(e, "AddressName");
+  }
+}
+
 __attribute__((noinline)) void ThrowFromDeepInside() { throw EGeneric({"Text", "deep"}); }
 void (*volatile throw_from_deep_inside)() = &ThrowFromDeepInside;
 

@@ -34,8 +34,13 @@ class QZ_API EGeneric : public std::exception {
   using value_list = std::vector<value_pair>;
 
   EGeneric();
-  // An empty list; with `extend` true, adds the crash-dump and location
-  // values of the caller's position (see ExtendDebugInformation).
+  // An empty list; with `extend` true, ExtendDebugInformation at the
+  // caller's position: "MiniDump" when SaveMiniDumpOnCppException is set,
+  // "ModuleName", "AddressName" and "Stack" when
+  // ExtendDebugInformationFromException is. While the library's vectored
+  // handler is at work (UseVEH set, the default) the constructor adds
+  // neither: the handler adds both when the exception is thrown, as seen at
+  // the throw. With UseVEH false the constructor adds them itself.
   explicit EGeneric(bool extend);
   // Appends the pairs in argument order, without looking for duplicates.
   explicit EGeneric(const value_pair& a);
@@ -91,5 +96,8 @@ class QZ_API EGeneric : public std::exception {
   void move_to_back(const std::string& name);
 
  private:
+  // The library's fault and throw diagnostics edit exceptions at the raise.
+  friend class exception_diagnostics;
+
   value_list values_;
 };
