@@ -16,6 +16,9 @@ __attribute__((noinline)) void open_config() {
 }
 void (*volatile opener)() = &open_config;
 
+__attribute__((noinline)) void check_quota() { throw EGeneric(true); }
+void (*volatile checker)() = &check_quota;
+
 std::string value_of(const EGeneric& e, const char* name) {
   _value_t value = e.get_value(name);
   return value.empty() ? "<none>" : value.as_string();
@@ -72,6 +75,15 @@ void tour_diagnostics() {
     show("AddressName", value_of(e, "AddressName"));
     show_stack(e);
   }
+
+  section("With UseVEH off, EGeneric(true) takes its location where it is built");
+  UseVEH = false;
+  try {
+    checker();
+  } catch (const EGeneric& e) {
+    show("AddressName", value_of(e, "AddressName"));
+  }
+  UseVEH = true;
 
   SaveMiniDumpOnStructuredException = saved_dumps;
   ExtendDebugInformationFromException = saved_extend;
