@@ -1,5 +1,5 @@
 // The pieces of a dump file's path (private to the library; its tests use it
-// directly). See <qz/errors/minidump.h> for the rules.
+// directly). See <qz/diagnostics/minidump.h> for the rules.
 //
 // Thread safety: pure functions.
 #pragma once
