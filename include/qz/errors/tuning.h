@@ -23,3 +23,16 @@ extern QZ_API unsigned long MiniDumpType;  // 0
 extern QZ_API const char* MiniDumpFileFormat;
 // Thrown type names that never write a dump (substring match).
 extern QZ_API std::string MiniDumpExcludedTypes;  // "EThreadInterrupt;EStructuredException;C++"
+
+// Where the symbol engine takes function names and source lines from, and
+// how it walks stacks. The debug-help library reads no DWARF on Windows and
+// at most version 4 under Wine; the library's own reader reads versions 2 to
+// 5 and the PE symbol table straight from each module's file, so a plain
+// `-g` build (GCC 12 writes DWARF 5) gets names and `file.cpp#line` too.
+//   debug_help_first  the debug-help library, then the own reader for an
+//                     address it has no function or no line for; stacks
+//                     walked with the system's unwinder
+//   own_reader_first  the own reader, then the debug-help library
+//   debug_help_only   the debug-help library alone, for names and walks
+enum class symbol_sources { debug_help_first, own_reader_first, debug_help_only };
+extern QZ_API symbol_sources SymbolSources;  // debug_help_first

@@ -1,0 +1,43 @@
+// A stack walk on the system's own function table and unwinder
+// (RtlLookupFunctionEntry / RtlVirtualUnwind), in this process.
+//
+// x64 code built by GCC or MSVC describes every non-leaf function in its
+// image's exception directory, so the system's unwinder steps through such a
+// stack in microseconds, where the debug-help walker under Wine costs
+// milliseconds a frame. A frame the table does not describe (code without
+// unwind data, JIT code, a leaf in a module without the directory) is where
+// the two could disagree, so the walk stops there and reports it: the caller
+// goes on with the debug-help walker from the returned context.
+//
+// Thread safety: pure functions over the caller's context; the walked stack
+// must stay put while it is read (the current thread, or a suspended one).
+#pragma once
+
+#include <windows.h>
+
+namespace debug_info {
+
+enum class unwind_result {
+  stepped,  // `context` now holds the caller's frame
+  end,      // the stack ends here (no caller)
+  unknown,  // the function table does not describe this frame
+};
+
+// Moves `context` one frame up its stack.
+unwind_result unwind_one(CONTEXT& context);
+
+// Fills `frames` like the debug-help walker does: the context's own
+// instruction first, then one return address per caller, dropping the first
+// `skip`; at most `max`. Returns how many it stored; `stopped` says whether it
+// met the end of the stack (then `context` is spent) or a frame it cannot
+// step (then `context` holds that frame, which is already stored or skipped,
+// and `*steps` says how many frames were seen).
+struct unwind_walk_result {
+  unsigned int stored = 0;
+  unsigned long long steps = 0;
+  bool reached_end = false;
+};
+unwind_walk_result unwind_walk(CONTEXT& context, unsigned long long* frames, unsigned long long skip,
+                               unsigned int max);
+
+}  // namespace debug_info

@@ -1,0 +1,151 @@
+// The walk on the system's unwinder against the debug-help walker: for the
+// same context both must give exactly the same frames.
+#include <qz/errors/structured_exceptions.h>
+#include <qz/errors/symbols.h>
+#include <qz/errors/tuning.h>
+#include <qz/threads/thread_class.h>
+
+#include "support/scoped_setting.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using frame_list = std::vector<unsigned long long>;
+
+frame_list walk_with(symbol_sources sources, CONTEXT context, HANDLE thread, unsigned int skip = 0,
+                     unsigned int max = 64) {
+  qz_test::ScopedSetting<symbol_sources> setting(SymbolSources, sources);
+  unsigned long long frames[64] = {};
+  const unsigned int count = StackWalk(frames, &context, thread, skip, max);
+  return frame_list(frames, frames + count);
+}
+
+// Both walks of `context`, whole and cut by skip and max.
+void expect_same_walks(const CONTEXT& context, HANDLE thread) {
+  const frame_list reference = walk_with(symbol_sources::debug_help_only, context, thread);
+  ASSERT_GE(reference.size(), 3u);
+  EXPECT_EQ(walk_with(symbol_sources::debug_help_first, context, thread), reference);
+  EXPECT_EQ(walk_with(symbol_sources::own_reader_first, context, thread, 2, 3),
+            walk_with(symbol_sources::debug_help_only, context, thread, 2, 3));
+}
+
+volatile int sink;
+
+// Recurses `depth` frames, then runs `at_bottom`; the store after the call
+// keeps every frame on the stack.
+__attribute__((noinline)) void descend(int depth, const std::function<void()>& at_bottom) {
+  void (*volatile next)(int, const std::function<void()>&) = &descend;
+  if (depth > 0)
+    next(depth - 1, at_bottom);
+  else
+    at_bottom();
+  sink = depth;
+}
+
+class StackWalkFrames : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { ASSERT_TRUE(SymInitialize()); }
+  static void TearDownTestSuite() { SymCleanup(); }
+};
+
+TEST_F(StackWalkFrames, DeepStacksOfThisThreadAndThroughTheLibrary) {
+  for (int depth : {0, 7, 40}) {
+    descend(depth, [] {
+      CONTEXT context;
+      RtlCaptureContext(&context);
+      expect_same_walks(context, GetCurrentThread());
+    });
+  }
+
+  // A thread the library started: its stack begins in qz.dll.
+  struct walker : TThreadClass {
+    void Execute() override {
+      descend(12, [this] {
+        CONTEXT context;
+        RtlCaptureContext(&context);
+        reference = walk_with(symbol_sources::debug_help_only, context, GetCurrentThread());
+        fast = walk_with(symbol_sources::debug_help_first, context, GetCurrentThread());
+      });
+    }
+    frame_list reference, fast;
+  } thread;
+  thread.StartThread();
+  thread.StopThread(30000);
+  EXPECT_GE(thread.reference.size(), 15u);
+  EXPECT_EQ(thread.fast, thread.reference);
+}
+
+// Walks from the faulting context, inside the first vectored handler, while
+// the faulting stack is still whole.
+frame_list fault_reference, fault_fast;
+LONG CALLBACK walk_at_fault(EXCEPTION_POINTERS* pointers) {
+  if (pointers->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION &&
+      fault_reference.empty()) {
+    fault_reference = walk_with(symbol_sources::debug_help_only, *pointers->ContextRecord,
+                                GetCurrentThread());
+    fault_fast = walk_with(symbol_sources::debug_help_first, *pointers->ContextRecord,
+                           GetCurrentThread());
+  }
+  return EXCEPTION_CONTINUE_SEARCH;
+}
+
+__attribute__((noinline)) int read_at(ULONG_PTR address) {
+  return *reinterpret_cast<volatile int*>(address);
+}
+
+TEST_F(StackWalkFrames, FromAFaultContext) {
+  qz_test::ScopedSetting<bool> no_dump(SaveMiniDumpOnStructuredException, false);
+  temporary_redirect_structured_exceptions translate;
+  void* handler = AddVectoredExceptionHandler(1, &walk_at_fault);
+  ASSERT_NE(handler, nullptr);
+  descend(9, [] {
+    try {
+      sink = read_at(0x10);
+    } catch (const EStructuredException&) {
+    }
+  });
+  RemoveVectoredExceptionHandler(handler);
+  ASSERT_GE(fault_reference.size(), 12u);
+  EXPECT_EQ(fault_fast, fault_reference);
+}
+
+struct blocked_thread {
+  HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  static DWORD WINAPI body(void* self) {
+    auto* blocked = static_cast<blocked_thread*>(self);
+    descend(15, [blocked] {
+      SetEvent(blocked->ready);
+      WaitForSingleObject(blocked->release, INFINITE);
+    });
+    return 0;
+  }
+};
+
+TEST_F(StackWalkFrames, OfASuspendedThread) {
+  blocked_thread blocked;
+  HANDLE thread = CreateThread(nullptr, 0, &blocked_thread::body, &blocked, 0, nullptr);
+  ASSERT_NE(thread, nullptr);
+  WaitForSingleObject(blocked.ready, INFINITE);
+  Sleep(20);  // into the wait
+  ASSERT_NE(SuspendThread(thread), static_cast<DWORD>(-1));
+  CONTEXT context = {};
+  context.ContextFlags = CONTEXT_FULL;
+  ASSERT_TRUE(GetThreadContext(thread, &context));
+  expect_same_walks(context, thread);
+  ResumeThread(thread);
+  SetEvent(blocked.release);
+  WaitForSingleObject(thread, INFINITE);
+  CloseHandle(thread);
+  CloseHandle(blocked.ready);
+  CloseHandle(blocked.release);
+}
+
+}  // namespace
