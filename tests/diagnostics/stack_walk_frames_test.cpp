@@ -1,5 +1,6 @@
 // The walk on the system's unwinder against the debug-help walker: for the
 // same context both must give exactly the same frames.
+#include <qz/errors/exceptions.h>
 #include <qz/errors/structured_exceptions.h>
 #include <qz/errors/symbols.h>
 #include <qz/errors/tuning.h>
@@ -99,6 +100,7 @@ LONG CALLBACK walk_at_fault(EXCEPTION_POINTERS* pointers) {
 __attribute__((noinline)) int read_at(ULONG_PTR address) {
   return *reinterpret_cast<volatile int*>(address);
 }
+int (*volatile reader)(ULONG_PTR) = &read_at;
 
 TEST_F(StackWalkFrames, FromAFaultContext) {
   qz_test::ScopedSetting<bool> no_dump(SaveMiniDumpOnStructuredException, false);
@@ -107,7 +109,7 @@ TEST_F(StackWalkFrames, FromAFaultContext) {
   ASSERT_NE(handler, nullptr);
   descend(9, [] {
     try {
-      sink = read_at(0x10);
+      sink = reader(0x10);
     } catch (const EStructuredException&) {
     }
   });

@@ -30,6 +30,8 @@ enum attribute : std::uint16_t {
   at_specification = 0x47,
   at_entry_pc = 0x52,
   at_ranges = 0x55,
+  at_call_file = 0x58,
+  at_call_line = 0x59,
   at_linkage_name = 0x6e,
   at_str_offsets_base = 0x72,
   at_addr_base = 0x73,

@@ -108,13 +108,18 @@ void line_table::run(byte_cursor& cursor, const header& h, std::uint64_t end) {
   std::uint64_t address = 0;
   std::uint32_t file = 1;
   std::int64_t line = 1;
+  bool is_stmt = h.default_is_stmt;
+  // Only statement rows name an address: the others (GCC's views inside a
+  // statement at -O2) would name the middle of an expression.
   auto emit = [&](std::uint32_t as_file) {
-    rows_.push_back({address, static_cast<std::uint32_t>(line < 0 ? 0 : line), as_file});
+    if (is_stmt || as_file == kEndOfSequence)
+      rows_.push_back({address, static_cast<std::uint32_t>(line < 0 ? 0 : line), as_file});
   };
   auto reset = [&] {
     address = 0;
     file = 1;
     line = 1;
+    is_stmt = h.default_is_stmt;
   };
   while (cursor.offset() < end) {
     const std::uint8_t opcode = cursor.u8();
@@ -155,6 +160,9 @@ void line_table::run(byte_cursor& cursor, const header& h, std::uint64_t end) {
       case 4:  // set file
         file = static_cast<std::uint32_t>(cursor.uleb());
         break;
+      case 6:  // negate stmt
+        is_stmt = !is_stmt;
+        break;
       case 8:  // const add pc
         address += static_cast<std::uint64_t>((255 - h.opcode_base) / h.line_range) *
                    h.min_instruction_length;
@@ -173,7 +181,13 @@ bool line_table::find(std::uint64_t address, const char*& file, unsigned int& li
   auto after = std::upper_bound(rows_.begin(), rows_.end(), address,
                                 [](std::uint64_t a, const row& r) { return a < r.address; });
   if (after == rows_.begin()) return false;
-  const row& found = *(after - 1);
+  --after;
+  // An address that starts several rows (a function's opening line, then
+  // its first statement) names the first of them.
+  while (after != rows_.begin() && (after - 1)->address == address &&
+         after->address == address && (after - 1)->file != kEndOfSequence)
+    --after;
+  const row& found = *after;
   if (found.file == kEndOfSequence || found.file >= files_.size()) return false;
   file = files_[found.file];
   line = found.line;

@@ -8,6 +8,7 @@
 
 #include "diagnostics/debug_info/dwarf_unit.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -22,6 +23,17 @@ class line_table {
   // The file (as the table names it: with or without directories) and line
   // of the row that covers `address`; false when no sequence covers it.
   bool find(std::uint64_t address, const char*& file, unsigned int& line) const;
+  // The same, counting only the rows at or after `from` for which
+  // `counts(row address)` holds; false when no such row precedes `address`
+  // before a sequence ends.
+  template <typename Counts>
+  bool find_counted(std::uint64_t address, std::uint64_t from, Counts counts, const char*& file,
+                    unsigned int& line) const;
+
+  // The name of file `index` of the table, or null.
+  const char* file_name(std::uint32_t index) const {
+    return index < files_.size() ? files_[index] : nullptr;
+  }
 
   std::size_t bytes() const {
     return rows_.capacity() * sizeof(row) + files_.capacity() * sizeof(const char*);
@@ -44,5 +56,28 @@ class line_table {
   std::vector<row> rows_;
   std::vector<const char*> files_;
 };
+
+template <typename Counts>
+bool line_table::find_counted(std::uint64_t address, std::uint64_t from, Counts counts,
+                              const char*& file, unsigned int& line) const {
+  constexpr int kLongestLook = 4096;  // rows; a function has far fewer
+  auto at = std::upper_bound(rows_.begin(), rows_.end(), address,
+                             [](std::uint64_t a, const row& r) { return a < r.address; });
+  for (int looked = 0; at != rows_.begin() && looked < kLongestLook; ++looked) {
+    --at;
+    if (at->address < from || at->file == kEndOfSequence) return false;
+    if (!counts(at->address)) continue;
+    // An address that starts several rows (a function's opening line, then
+    // its first statement) names the first of them.
+    while (at->address == address && at != rows_.begin() && (at - 1)->address == address &&
+           (at - 1)->file != kEndOfSequence && counts((at - 1)->address))
+      --at;
+    if (at->file >= files_.size()) return false;
+    file = files_[at->file];
+    line = at->line;
+    return true;
+  }
+  return false;
+}
 
 }  // namespace debug_info

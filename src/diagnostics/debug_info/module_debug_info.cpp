@@ -38,8 +38,8 @@ void module_debug_info::index_units() {
     }
     offset = unit.end;
   }
-  std::sort(spans_.begin(), spans_.end(),
-            [](const unit_span& a, const unit_span& b) { return a.low < b.low; });
+  std::stable_sort(spans_.begin(), spans_.end(),
+                   [](const unit_span& a, const unit_span& b) { return a.low < b.low; });
   spans_.shrink_to_fit();
 }
 
@@ -83,10 +83,16 @@ module_debug_info::unit_slot* module_debug_info::unit_at(std::uint64_t address) 
   if (!indexed_) index_units();
   auto after = std::upper_bound(spans_.begin(), spans_.end(), address,
                                 [](std::uint64_t a, const unit_span& s) { return a < s.low; });
-  for (int looked = 0; after != spans_.begin() && looked < 8; ++looked) {
+  // Several units may claim one address: each unit that used an inline or
+  // template function describes its copy, and the linker kept one copy for
+  // all of them. The first unit that claims it speaks for it.
+  const unit_span* first = nullptr;
+  for (int looked = 0; after != spans_.begin() && looked < 64; ++looked) {
     const unit_span& span = *--after;
-    if (address >= span.high) continue;
-    unit_slot& slot = units_[span.unit];
+    if (address < span.high && (!first || span.unit < first->unit)) first = &span;
+  }
+  if (first) {
+    unit_slot& slot = units_[first->unit];
     if (slot.broken) return nullptr;
     slot.last_use = ++clock_;  // before reading, so that the trim keeps it
     if (!slot.read) read_unit(slot);
@@ -157,8 +163,34 @@ bool module_debug_info::function_at(std::uint64_t rva, std::string& name,
 bool module_debug_info::line_at(std::uint64_t rva, std::string& file, unsigned int& line) {
   if (!has_dwarf()) return false;
   unit_slot* unit = unit_at(file_.image_base() + rva);
+  if (!unit || !unit->lines || !unit->functions) return false;
+  const std::uint64_t address = file_.image_base() + rva;
   const char* path = nullptr;
-  if (!unit || !unit->lines || !unit->lines->find(file_.image_base() + rva, path, line)) return false;
+  // The function's own rows: code inlined into it has rows of its own (the
+  // inlined function's lines), which a frame named after the function does
+  // not show. Inside inlined code, the last row of the function before it
+  // names the address; before any, the line the inlined call is made from.
+  const unit_functions& functions = *unit->functions;
+  std::uint64_t from = 0;
+  std::uint32_t index = 0, call_line = 0;
+  if (functions.range_start(address, from) &&
+      unit->lines->find_counted(
+          address, from,
+          [&functions](std::uint64_t row) {
+            std::uint32_t f = 0, l = 0;
+            return !functions.call_site(row, f, l);
+          },
+          path, line)) {
+    file = path;
+    return true;
+  }
+  if (functions.call_site(address, index, call_line) &&
+      (path = unit->lines->file_name(index)) != nullptr) {
+    file = path;
+    line = call_line;
+    return true;
+  }
+  if (!unit->lines->find(address, path, line)) return false;
   file = path;
   return true;
 }

@@ -22,8 +22,8 @@ struct entry_attributes {
   attribute_value name, linkage_name, low_pc, high_pc, ranges, origin, entry_pc;
   bool has_name = false, has_linkage = false, has_low = false, has_high = false,
        has_ranges = false, has_origin = false, has_entry_pc = false;
-  attribute_value str_offsets_base, addr_base, rnglists_base, stmt_list;
-  bool has_stmt_list = false;
+  attribute_value str_offsets_base, addr_base, rnglists_base, stmt_list, call_file, call_line;
+  bool has_stmt_list = false, has_call = false;
 };
 
 void note(entry_attributes& a, std::uint16_t name, const attribute_value& value) {
@@ -41,6 +41,8 @@ void note(entry_attributes& a, std::uint16_t name, const attribute_value& value)
     case dw::at_addr_base: a.addr_base = value; break;
     case dw::at_rnglists_base: a.rnglists_base = value; break;
     case dw::at_stmt_list: a.stmt_list = value; a.has_stmt_list = true; break;
+    case dw::at_call_file: a.call_file = value; a.has_call = true; break;
+    case dw::at_call_line: a.call_line = value; break;
     default: break;
   }
 }
@@ -53,6 +55,8 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
   const unit_reader reader(sections, unit, bases);
   byte_cursor cursor(sections.info.part(0, unit.end), unit.first_die);
   std::vector<std::int32_t> scopes;  // the enclosing entry of each open level
+  std::vector<bool> inlined_levels;  // whether each open level below the unit is an inlined call
+  int inlined_depth = 0;
   std::int32_t current = -1;
   bool first = true;
   std::vector<address_range> ranges;
@@ -63,6 +67,10 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
       if (scopes.empty()) break;
       current = scopes.back();
       scopes.pop_back();
+      if (!inlined_levels.empty()) {
+        inlined_depth -= inlined_levels.back();
+        inlined_levels.pop_back();
+      }
       continue;
     }
     const abbrev& a = abbrevs.find(code);
@@ -89,8 +97,9 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
                           attrs.has_linkage ? reader.string_of(attrs.linkage_name) : nullptr,
                           current, a.tag});
     }
-    if (a.tag == dw::tag_subprogram) {
-      ranges.clear();
+    ranges.clear();
+    const bool inlined = a.tag == dw::tag_inlined_subroutine;
+    if (a.tag == dw::tag_subprogram || (inlined && inlined_depth == 0)) {
       if (attrs.has_low && attrs.has_high) {
         const std::uint64_t low = reader.address_of(attrs.low_pc);
         const std::uint64_t high = is_constant_form(attrs.high_pc.form)
@@ -100,16 +109,23 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
       } else if (attrs.has_ranges) {
         reader.ranges_of(attrs.ranges, ranges);
       }
-      if (!ranges.empty()) {
-        std::uint64_t entry = attrs.has_low ? reader.address_of(attrs.low_pc) : ranges.front().low;
-        if (attrs.has_entry_pc && !is_constant_form(attrs.entry_pc.form))
-          entry = reader.address_of(attrs.entry_pc);
-        for (const address_range& r : ranges)
-          functions_.push_back({r.low, r.high, entry, static_cast<std::uint32_t>(index)});
-      }
+    }
+    if (a.tag == dw::tag_subprogram && !ranges.empty()) {
+      std::uint64_t entry = attrs.has_low ? reader.address_of(attrs.low_pc) : ranges.front().low;
+      if (attrs.has_entry_pc && !is_constant_form(attrs.entry_pc.form))
+        entry = reader.address_of(attrs.entry_pc);
+      for (const address_range& r : ranges)
+        functions_.push_back({r.low, r.high, entry, static_cast<std::uint32_t>(index)});
+    }
+    if (inlined && attrs.has_call) {
+      for (const address_range& r : ranges)
+        calls_.push_back({r.low, r.high, static_cast<std::uint32_t>(attrs.call_file.number),
+                          static_cast<std::uint32_t>(attrs.call_line.number)});
     }
     if (a.has_children) {
       scopes.push_back(current);
+      inlined_levels.push_back(inlined);
+      inlined_depth += inlined;
       // A subprogram encloses its local classes; it adds nothing to their
       // names, but its own scope does.
       if (index >= 0) current = index;
@@ -117,8 +133,23 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
   }
   std::sort(functions_.begin(), functions_.end(),
             [](const function& x, const function& y) { return x.low < y.low; });
+  std::sort(calls_.begin(), calls_.end(),
+            [](const inlined_call& x, const inlined_call& y) { return x.low < y.low; });
   entries_.shrink_to_fit();
   functions_.shrink_to_fit();
+  calls_.shrink_to_fit();
+}
+
+bool unit_functions::call_site(std::uint64_t address, std::uint32_t& file,
+                               std::uint32_t& line) const {
+  auto after = std::upper_bound(calls_.begin(), calls_.end(), address,
+                                [](std::uint64_t a, const inlined_call& c) { return a < c.low; });
+  if (after == calls_.begin()) return false;
+  const inlined_call& call = *(after - 1);  // outermost calls do not overlap
+  if (address >= call.high || call.line == 0) return false;
+  file = call.file;
+  line = call.line;
+  return true;
 }
 
 const unit_functions::scope_entry* unit_functions::entry_at(std::uint64_t offset) const {
@@ -150,20 +181,31 @@ std::string unit_functions::qualified_name(const scope_entry& e) const {
   return text;
 }
 
-bool unit_functions::find(std::uint64_t address, std::string& name, std::uint64_t& entry) const {
+const unit_functions::function* unit_functions::function_at(std::uint64_t address) const {
   auto after = std::upper_bound(functions_.begin(), functions_.end(), address,
                                 [](std::uint64_t a, const function& f) { return a < f.low; });
   // Nested ranges are rare (GCC's nested functions); look back a little for
   // the innermost range that holds the address.
   for (int looked = 0; after != functions_.begin() && looked < 16; ++looked) {
     const function& f = *--after;
-    if (address < f.high) {
-      name = qualified_name(entries_[f.index]);
-      entry = f.entry;
-      return !name.empty();
-    }
+    if (address < f.high) return &f;
   }
-  return false;
+  return nullptr;
+}
+
+bool unit_functions::find(std::uint64_t address, std::string& name, std::uint64_t& entry) const {
+  const function* f = function_at(address);
+  if (!f) return false;
+  name = qualified_name(entries_[f->index]);
+  entry = f->entry;
+  return !name.empty();
+}
+
+bool unit_functions::range_start(std::uint64_t address, std::uint64_t& low) const {
+  const function* f = function_at(address);
+  if (!f) return false;
+  low = f->low;
+  return true;
 }
 
 }  // namespace debug_info

@@ -28,10 +28,19 @@ class unit_functions {
   // The qualified name and entry address of the function whose code holds
   // `address`; false when no function of the unit does.
   bool find(std::uint64_t address, std::string& name, std::uint64_t& entry) const;
+  // The start of the range of the function that holds `address`.
+  bool range_start(std::uint64_t address, std::uint64_t& low) const;
+
+  // Where code inlined into a function was called from: for an address in
+  // the outermost inlined call, the caller's file (an index into the unit's
+  // line table) and line. A frame is named by the function it runs in, so
+  // its line is the one in that function too.
+  bool call_site(std::uint64_t address, std::uint32_t& file, std::uint32_t& line) const;
 
   std::uint64_t stmt_list() const { return stmt_list_; }
   std::size_t bytes() const {
-    return entries_.capacity() * sizeof(scope_entry) + functions_.capacity() * sizeof(function);
+    return entries_.capacity() * sizeof(scope_entry) + functions_.capacity() * sizeof(function) +
+           calls_.capacity() * sizeof(inlined_call);
   }
 
  private:
@@ -49,11 +58,18 @@ class unit_functions {
     std::uint32_t index;  // into entries_
   };
 
+  struct inlined_call {
+    std::uint64_t low, high;
+    std::uint32_t file, line;
+  };
+
+  const function* function_at(std::uint64_t address) const;
   const scope_entry* entry_at(std::uint64_t offset) const;
   std::string qualified_name(const scope_entry& e) const;
 
   std::vector<scope_entry> entries_;       // in .debug_info order, so sorted by offset
   std::vector<function> functions_;  // sorted by low
+  std::vector<inlined_call> calls_;  // outermost ones only, sorted by low
   std::uint64_t stmt_list_ = ~std::uint64_t{0};
 };
 

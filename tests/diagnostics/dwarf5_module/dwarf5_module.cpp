@@ -20,11 +20,12 @@ __attribute__((noinline)) int Sample::read(volatile int* pointer) {
 
 namespace inner {
 
-constexpr int kStackLine = __LINE__ + 3;
+constexpr int kStackLine = __LINE__ + 4;
 struct Walker {
   __attribute__((noinline)) static std::string stack() {
-    std::string text = GetMyDebugStack();
-    return text + std::string(GetTickCount() & 0, 'x');  // no tail call
+    // More code after the call on its line: its return address stays there.
+    std::string text = GetMyDebugStack() + std::string(GetTickCount() & 0, 'x');
+    return text;
   }
 };
 
