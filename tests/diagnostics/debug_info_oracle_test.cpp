@@ -61,8 +61,20 @@ bool ends_with(const std::string& text, const std::string& end) {
 //    begins: it files those rows under the inlined call, and none are left
 //    for the function. The reader gives the line the call is made from.
 //    There the library also names the inlined function instead of the one
-//    the code is in, now and then (GoogleTest's "test_suite_fp").
-enum class verdict { same, library_unnamed, library_unscoped, library_no_line, different };
+//    the code is in, now and then (GoogleTest's "test_suite_fp");
+//  - the same function, another line, where one address starts rows of the
+//    function and of code inlined into it, or of several copies of one
+//    inline function: the library's choice among them is its own (at times
+//    a line of another function: "~ELegacyException[value_storage_scalar.cpp#14]").
+//    These stay few: at most one address in 10.
+enum class verdict {
+  same,
+  library_unnamed,
+  library_unscoped,
+  library_no_line,
+  other_line,
+  different
+};
 
 verdict compare(const texts& library, const texts& reader) {
   if (library.name == reader.name && library.source == reader.source) return verdict::same;
@@ -71,26 +83,32 @@ verdict compare(const texts& library, const texts& reader) {
   const bool same_name = library.name == reader.name || ends_with(reader.name, "::" + library.name);
   if (library.source == reader.source && same_name) return verdict::library_unscoped;
   if (library.source.empty() && !reader.source.empty()) return verdict::library_no_line;
+  if (same_name && !library.source.empty() && !reader.source.empty()) return verdict::other_line;
   return verdict::different;
 }
 
 // Compares every address; reports the differences, at most a screenful.
 void expect_same_texts(const address_list& addresses, const char* what) {
-  int counts[5] = {};
+  int counts[6] = {};
   std::string report;
   for (unsigned long long address : addresses) {
     const texts library = library_texts(address);
     const texts reader = reader_texts(address);
     const verdict v = compare(library, reader);
-    if (++counts[static_cast<int>(v)] <= 40 && v == verdict::different)
+    if (++counts[static_cast<int>(v)] <= 40 && v >= verdict::other_line)
       report += "\n  library " + library.name + "[" + library.source + "]\n  reader  " +
                 reader.name + "[" + reader.source + "]";
   }
-  std::printf("%s: %zu, same %d; the library: unnamed %d, unscoped %d, without line %d\n", what,
-              addresses.size(), counts[0], counts[1], counts[2], counts[3]);
-  EXPECT_EQ(counts[4], 0) << counts[4] << " of " << addresses.size() << " " << what
+  std::printf(
+      "%s: %zu, same %d; the library: unnamed %d, unscoped %d, without line %d, other line %d\n",
+      what, addresses.size(), counts[0], counts[1], counts[2], counts[3], counts[4]);
+  EXPECT_EQ(counts[5], 0) << counts[5] << " of " << addresses.size() << " " << what
                           << " differ:" << report;
-  EXPECT_GT(counts[0] + counts[2], static_cast<int>(addresses.size() / 2)) << what;
+  EXPECT_LE(counts[4], static_cast<int>(addresses.size() / 10)) << what << report;
+  // GoogleTest and the runtime's start-up code carry DWARF 5: most of what
+  // the library can name must agree exactly.
+  const int named = static_cast<int>(addresses.size()) - counts[1];
+  EXPECT_GT(counts[0] + counts[2], named / 2) << what;
 }
 
 // The start of every function the module's exception directory lists.

@@ -33,6 +33,8 @@ class pe_file {
   std::uint32_t size_of_image() const { return size_of_image_; }
   std::uint32_t time_stamp() const { return time_stamp_; }
   std::uint64_t mapped_bytes() const { return size_; }
+  // The whole file as mapped.
+  byte_range bytes_of_file() const { return {view_, size_}; }
 
   // The bytes of the named section in the file; empty when absent.
   byte_range section(const char* name) const;
