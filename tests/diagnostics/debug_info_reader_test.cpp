@@ -8,11 +8,13 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -151,6 +153,40 @@ TEST(DebugInfoReader, AnotherModuleAtTheSameAddressIsReadAfresh) {
   if (second != first) std::printf("note: the copy did not load at the same address\n");
   FreeLibrary(again);
   DeleteFileW(L"qz_dwarf5_again.dll");
+}
+
+}  // namespace
+
+namespace {
+
+// Threads name addresses while another empties the cache under them.
+TEST(DebugInfoReader, ConcurrentLookupsAndClearing) {
+  const HMODULE library = GetModuleHandleW(L"qz.dll");
+  const std::vector<std::uint64_t> offsets = function_offsets(library);
+  const auto base = reinterpret_cast<std::uint64_t>(library);
+  std::string expected;
+  std::uint64_t displacement = 0;
+  ASSERT_TRUE(debug_info::function_name(base + offsets[7], expected, displacement));
+  std::atomic<bool> stop{false};
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([&, t] {
+      for (std::size_t i = t; i < 600 && !stop; i += 3) {
+        std::string name;
+        std::uint64_t d = 0;
+        debug_info::function_name(base + offsets[i % offsets.size()], name, d);
+        if (!debug_info::function_name(base + offsets[7], name, d) || name != expected) ++wrong;
+      }
+    });
+  }
+  for (int i = 0; i < 50; ++i) {
+    debug_info::clear_cache();
+    Sleep(1);
+  }
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong.load(), 0);
 }
 
 }  // namespace
