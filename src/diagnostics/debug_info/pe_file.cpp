@@ -1,6 +1,7 @@
 #include "diagnostics/debug_info/pe_file.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace debug_info {

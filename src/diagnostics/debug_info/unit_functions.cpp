@@ -17,8 +17,10 @@ bool is_scope(std::uint16_t tag) {
          tag == dw::tag_interface_type;
 }
 
+}  // namespace
+
 // The attributes of one entry the reader cares about.
-struct entry_attributes {
+struct unit_functions::entry_attributes {
   attribute_value name, linkage_name, low_pc, high_pc, ranges, origin, entry_pc;
   bool has_name = false, has_linkage = false, has_low = false, has_high = false,
        has_ranges = false, has_origin = false, has_entry_pc = false;
@@ -26,7 +28,9 @@ struct entry_attributes {
   bool has_stmt_list = false, has_call = false;
 };
 
-void note(entry_attributes& a, std::uint16_t name, const attribute_value& value) {
+namespace {
+
+void note(unit_functions::entry_attributes& a, std::uint16_t name, const attribute_value& value) {
   switch (name) {
     case dw::at_name: a.name = value; a.has_name = true; break;
     case dw::at_linkage_name:
@@ -49,28 +53,44 @@ void note(entry_attributes& a, std::uint16_t name, const attribute_value& value)
 
 }  // namespace
 
+// The walk over a unit's entries keeps, per open level of the tree, the
+// entry that scopes its children and whether it is an inlined call.
+struct unit_functions::walk {
+  struct level {
+    std::int32_t scope;
+    bool inlined;
+  };
+  std::vector<level> levels;
+  std::int32_t scope = -1;
+  int inlined_depth = 0;
+
+  void open(std::int32_t child_scope, bool inlined) {
+    levels.push_back({scope, inlined});
+    inlined_depth += inlined;
+    scope = child_scope;
+  }
+  // False when the unit's own level closed: the walk is over.
+  bool close() {
+    if (levels.empty()) return false;
+    scope = levels.back().scope;
+    inlined_depth -= levels.back().inlined;
+    levels.pop_back();
+    return !levels.empty();
+  }
+};
+
 unit_functions::unit_functions(const dwarf_sections& sections, const unit_header& unit) {
   const abbrev_table abbrevs = read_abbrev_table(sections.abbrev, unit.abbrev_offset);
   unit_bases bases;
   const unit_reader reader(sections, unit, bases);
   byte_cursor cursor(sections.info.part(0, unit.end), unit.first_die);
-  std::vector<std::int32_t> scopes;  // the enclosing entry of each open level
-  std::vector<bool> inlined_levels;  // whether each open level below the unit is an inlined call
-  int inlined_depth = 0;
-  std::int32_t current = -1;
+  walk tree;
   bool first = true;
-  std::vector<address_range> ranges;
   while (cursor.offset() < unit.end) {
     const std::uint64_t offset = cursor.offset();
     const std::uint64_t code = cursor.uleb();
-    if (code == 0) {  // end of a level's children
-      if (scopes.empty()) break;
-      current = scopes.back();
-      scopes.pop_back();
-      if (!inlined_levels.empty()) {
-        inlined_depth -= inlined_levels.back();
-        inlined_levels.pop_back();
-      }
+    if (code == 0) {  // the end of a level's children
+      if (!tree.close()) break;
       continue;
     }
     const abbrev& a = abbrevs.find(code);
@@ -86,50 +106,14 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
       bases.rnglists = attrs.rnglists_base.number;
       if (attrs.has_low) bases.low_pc = reader.address_of(attrs.low_pc);
       if (attrs.has_stmt_list) stmt_list_ = attrs.stmt_list.number;
-      if (a.has_children) scopes.push_back(current);
+      if (a.has_children) tree.open(-1, false);
       continue;
     }
-    std::int32_t index = -1;
-    if (is_scope(a.tag) || a.tag == dw::tag_subprogram) {
-      index = static_cast<std::int32_t>(entries_.size());
-      entries_.push_back({offset, attrs.has_origin ? reader.reference_of(attrs.origin) : kNone,
-                          attrs.has_name ? reader.string_of(attrs.name) : nullptr,
-                          attrs.has_linkage ? reader.string_of(attrs.linkage_name) : nullptr,
-                          current, a.tag});
-    }
-    ranges.clear();
-    const bool inlined = a.tag == dw::tag_inlined_subroutine;
-    if (a.tag == dw::tag_subprogram || (inlined && inlined_depth == 0)) {
-      if (attrs.has_low && attrs.has_high) {
-        const std::uint64_t low = reader.address_of(attrs.low_pc);
-        const std::uint64_t high = is_constant_form(attrs.high_pc.form)
-                                       ? low + attrs.high_pc.number
-                                       : reader.address_of(attrs.high_pc);
-        if (low < high) ranges.push_back({low, high});
-      } else if (attrs.has_ranges) {
-        reader.ranges_of(attrs.ranges, ranges);
-      }
-    }
-    if (a.tag == dw::tag_subprogram && !ranges.empty()) {
-      std::uint64_t entry = attrs.has_low ? reader.address_of(attrs.low_pc) : ranges.front().low;
-      if (attrs.has_entry_pc && !is_constant_form(attrs.entry_pc.form))
-        entry = reader.address_of(attrs.entry_pc);
-      for (const address_range& r : ranges)
-        functions_.push_back({r.low, r.high, entry, static_cast<std::uint32_t>(index)});
-    }
-    if (inlined && attrs.has_call) {
-      for (const address_range& r : ranges)
-        calls_.push_back({r.low, r.high, static_cast<std::uint32_t>(attrs.call_file.number),
-                          static_cast<std::uint32_t>(attrs.call_line.number)});
-    }
-    if (a.has_children) {
-      scopes.push_back(current);
-      inlined_levels.push_back(inlined);
-      inlined_depth += inlined;
-      // A subprogram encloses its local classes; it adds nothing to their
-      // names, but its own scope does.
-      if (index >= 0) current = index;
-    }
+    const std::int32_t index = add_entry(reader, offset, a.tag, attrs, tree);
+    // A subprogram encloses its local classes; it adds nothing to their
+    // names, but its own scope does.
+    if (a.has_children)
+      tree.open(index >= 0 ? index : tree.scope, a.tag == dw::tag_inlined_subroutine);
   }
   std::sort(functions_.begin(), functions_.end(),
             [](const function& x, const function& y) { return x.low < y.low; });
@@ -138,6 +122,46 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
   entries_.shrink_to_fit();
   functions_.shrink_to_fit();
   calls_.shrink_to_fit();
+}
+
+// Keeps what one entry says about names, functions and inlined calls;
+// returns its index in entries_, or -1 when it is none of those kinds.
+std::int32_t unit_functions::add_entry(const unit_reader& reader, std::uint64_t offset,
+                                       std::uint16_t tag, const entry_attributes& attrs,
+                                       const walk& tree) {
+  std::int32_t index = -1;
+  if (is_scope(tag) || tag == dw::tag_subprogram) {
+    index = static_cast<std::int32_t>(entries_.size());
+    entries_.push_back({offset, attrs.has_origin ? reader.reference_of(attrs.origin) : kNone,
+                        attrs.has_name ? reader.string_of(attrs.name) : nullptr,
+                        attrs.has_linkage ? reader.string_of(attrs.linkage_name) : nullptr,
+                        tree.scope, tag});
+  }
+  const bool outermost_call = tag == dw::tag_inlined_subroutine && tree.inlined_depth == 0;
+  if (tag != dw::tag_subprogram && !(outermost_call && attrs.has_call)) return index;
+  std::vector<address_range> ranges;
+  if (attrs.has_low && attrs.has_high) {
+    const std::uint64_t low = reader.address_of(attrs.low_pc);
+    const std::uint64_t high = is_constant_form(attrs.high_pc.form)
+                                   ? low + attrs.high_pc.number
+                                   : reader.address_of(attrs.high_pc);
+    if (low < high) ranges.push_back({low, high});
+  } else if (attrs.has_ranges) {
+    reader.ranges_of(attrs.ranges, ranges);
+  }
+  if (ranges.empty()) return index;
+  if (tag == dw::tag_subprogram) {
+    std::uint64_t entry = attrs.has_low ? reader.address_of(attrs.low_pc) : ranges.front().low;
+    if (attrs.has_entry_pc && !is_constant_form(attrs.entry_pc.form))
+      entry = reader.address_of(attrs.entry_pc);
+    for (const address_range& r : ranges)
+      functions_.push_back({r.low, r.high, entry, static_cast<std::uint32_t>(index)});
+  } else {
+    for (const address_range& r : ranges)
+      calls_.push_back({r.low, r.high, static_cast<std::uint32_t>(attrs.call_file.number),
+                        static_cast<std::uint32_t>(attrs.call_line.number)});
+  }
+  return index;
 }
 
 bool unit_functions::call_site(std::uint64_t address, std::uint32_t& file,

@@ -43,7 +43,11 @@ class unit_functions {
            calls_.capacity() * sizeof(inlined_call);
   }
 
+ public:
+  struct entry_attributes;  // of one entry, while the unit is read
+
  private:
+  struct walk;
   // A namespace, class or subprogram entry: what names and scopes a function.
   struct scope_entry {
     std::uint64_t offset;
@@ -63,6 +67,8 @@ class unit_functions {
     std::uint32_t file, line;
   };
 
+  std::int32_t add_entry(const unit_reader& reader, std::uint64_t offset, std::uint16_t tag,
+                         const entry_attributes& attrs, const walk& tree);
   const function* function_at(std::uint64_t address) const;
   const scope_entry* entry_at(std::uint64_t offset) const;
   std::string qualified_name(const scope_entry& e) const;
