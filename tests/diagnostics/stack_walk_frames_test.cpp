@@ -6,6 +6,7 @@
 #include <qz/errors/tuning.h>
 #include <qz/threads/thread_class.h>
 
+#include "diagnostics/debug_info/unwind_walk.h"
 #include "support/scoped_setting.h"
 
 #include <gtest/gtest.h>
@@ -81,6 +82,21 @@ TEST_F(StackWalkFrames, DeepStacksOfThisThreadAndThroughTheLibrary) {
   thread.StopThread(30000);
   EXPECT_GE(thread.reference.size(), 15u);
   EXPECT_EQ(thread.fast, thread.reference);
+}
+
+// The speed of StackWalk rests on the system's unwinder reaching the end of
+// an ordinary stack by itself, the thread's start included.
+TEST_F(StackWalkFrames, TheSystemUnwinderAloneReachesTheEndOfAnOrdinaryStack) {
+  descend(6, [] {
+    CONTEXT context;
+    RtlCaptureContext(&context);
+    const frame_list reference = walk_with(symbol_sources::debug_help_only, context, GetCurrentThread());
+    unsigned long long frames[64] = {};
+    CONTEXT copy = context;
+    const debug_info::unwind_walk_result walk = debug_info::unwind_walk(copy, frames, 0, 64);
+    EXPECT_TRUE(walk.reached_end);
+    EXPECT_EQ(frame_list(frames, frames + walk.stored), reference);
+  });
 }
 
 // Walks from the faulting context, inside the first vectored handler, while
