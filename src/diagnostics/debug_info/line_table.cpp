@@ -10,7 +10,6 @@ struct line_table::header {
   std::uint16_t version = 0;
   std::uint8_t address_size = 8;
   std::uint8_t min_instruction_length = 1;
-  bool default_is_stmt = true;
   std::int8_t line_base = 0;
   std::uint8_t line_range = 1;
   std::uint8_t opcode_base = 1;
@@ -36,7 +35,7 @@ line_table::line_table(const dwarf_sections& sections, std::uint64_t offset,
   if (program > end) throw bad_debug_info("line table header longer than its table");
   h.min_instruction_length = cursor.u8();
   if (h.version >= 4) cursor.skip(1);  // operations per instruction: 1 on x64
-  h.default_is_stmt = cursor.u8() != 0;
+  cursor.skip(1);  // default is_stmt: every row names its address, as the debug-help library reads them
   h.line_base = static_cast<std::int8_t>(cursor.u8());
   h.line_range = cursor.u8();
   h.opcode_base = cursor.u8();
@@ -108,18 +107,13 @@ void line_table::run(byte_cursor& cursor, const header& h, std::uint64_t end) {
   std::uint64_t address = 0;
   std::uint32_t file = 1;
   std::int64_t line = 1;
-  bool is_stmt = h.default_is_stmt;
-  // Only statement rows name an address: the others (GCC's views inside a
-  // statement at -O2) would name the middle of an expression.
   auto emit = [&](std::uint32_t as_file) {
-    if (is_stmt || as_file == kEndOfSequence)
-      rows_.push_back({address, static_cast<std::uint32_t>(line < 0 ? 0 : line), as_file});
+    rows_.push_back({address, static_cast<std::uint32_t>(line < 0 ? 0 : line), as_file});
   };
   auto reset = [&] {
     address = 0;
     file = 1;
     line = 1;
-    is_stmt = h.default_is_stmt;
   };
   while (cursor.offset() < end) {
     const std::uint8_t opcode = cursor.u8();
@@ -159,9 +153,6 @@ void line_table::run(byte_cursor& cursor, const header& h, std::uint64_t end) {
         break;
       case 4:  // set file
         file = static_cast<std::uint32_t>(cursor.uleb());
-        break;
-      case 6:  // negate stmt
-        is_stmt = !is_stmt;
         break;
       case 8:  // const add pc
         address += static_cast<std::uint64_t>((255 - h.opcode_base) / h.line_range) *
