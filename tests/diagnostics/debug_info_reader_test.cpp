@@ -81,7 +81,7 @@ TEST(DebugInfoReader, BrokenFilesEndInNamesOrNothingNeverACrash) {
     module_debug_info info(original, 1u << 20);
     const std::uint8_t* file = info.file().bytes_of_file().data;
     for (const char* name : {".debug_info", ".debug_abbrev", ".debug_line", ".debug_str",
-                             ".debug_line_str", ".debug_rnglists"}) {
+                             ".debug_line_str", ".debug_rnglists", ".debug_aranges"}) {
       const debug_info::byte_range section = info.file().section(name);
       if (!section.empty())
         debug_sections.emplace_back(static_cast<std::size_t>(section.data - file),

@@ -20,6 +20,8 @@ module_debug_info::module_debug_info(const std::wstring& path, std::size_t budge
   sections_.str_offsets = file_.section(".debug_str_offsets");
 }
 
+// The units' address ranges come from .debug_aranges where it lists them
+// (one read of a small table); a unit it does not list is asked itself.
 void module_debug_info::index_units() {
   indexed_ = true;
   std::uint64_t offset = 0;
@@ -31,21 +33,59 @@ void module_debug_info::index_units() {
       break;  // without a length the units after it cannot be found
     }
     units_.push_back({offset, nullptr, nullptr});
-    try {
-      index_unit(offset);
-    } catch (const bad_debug_info&) {
-      units_.back().broken = true;
-    }
     offset = unit.end;
+  }
+  std::vector<bool> listed(units_.size(), false);
+  try {
+    read_address_ranges(listed);
+  } catch (const bad_debug_info&) {
+    // what it listed before the damage stands; the rest is asked below
+  }
+  for (std::uint32_t i = 0; i < units_.size(); ++i) {
+    if (listed[i]) continue;
+    try {
+      index_unit(i);
+    } catch (const bad_debug_info&) {
+      units_[i].broken = true;
+    }
   }
   std::stable_sort(spans_.begin(), spans_.end(),
                    [](const unit_span& a, const unit_span& b) { return a.low < b.low; });
   spans_.shrink_to_fit();
 }
 
+void module_debug_info::read_address_ranges(std::vector<bool>& listed) {
+  byte_cursor cursor(file_.section(".debug_aranges"));
+  while (!cursor.at_end()) {
+    const std::uint64_t start = cursor.offset();
+    unsigned int offset_size = 4;
+    const std::uint64_t end = cursor.offset() + cursor.unit_length(offset_size);
+    cursor.skip(2);  // version
+    const std::uint64_t unit_offset = cursor.fixed(offset_size);
+    const unsigned int address_size = cursor.u8();
+    if (address_size != 4 && address_size != 8) throw bad_debug_info("bad address range set");
+    cursor.skip(1);  // segment selector size
+    // Tuples start at a multiple of their own size from the set's start.
+    const std::uint64_t tuple = 2 * address_size;
+    cursor.seek(start + (cursor.offset() - start + tuple - 1) / tuple * tuple);
+    auto unit = std::lower_bound(units_.begin(), units_.end(), unit_offset,
+                                 [](const unit_slot& u, std::uint64_t o) { return u.offset < o; });
+    const bool known = unit != units_.end() && unit->offset == unit_offset;
+    const auto index = static_cast<std::uint32_t>(unit - units_.begin());
+    while (cursor.offset() + tuple <= end) {
+      const std::uint64_t low = cursor.fixed(address_size);
+      const std::uint64_t length = cursor.fixed(address_size);
+      if (low == 0 && length == 0) break;
+      if (known && length) spans_.push_back({low, low + length, index});
+    }
+    if (known) listed[index] = true;
+    cursor.seek(end);
+  }
+}
+
 // Only the unit's own entry: its address ranges.
-void module_debug_info::index_unit(std::uint64_t offset) {
-  const unit_header unit = read_unit_header(sections_, offset);
+void module_debug_info::index_unit(std::uint32_t index) {
+  const unit_header unit = read_unit_header(sections_, units_[index].offset);
   if (unit.first_die >= unit.end) return;
   const abbrev_table abbrevs = read_abbrev_table(sections_.abbrev, unit.abbrev_offset);
   byte_cursor cursor(sections_.info.part(0, unit.end), unit.first_die);
@@ -66,7 +106,6 @@ void module_debug_info::index_unit(std::uint64_t offset) {
     }
   }
   const unit_reader reader(sections_, unit, bases);
-  const std::uint32_t index = static_cast<std::uint32_t>(units_.size() - 1);
   if (has_low) bases.low_pc = reader.address_of(low);
   std::vector<address_range> found;
   if (has_ranges) {

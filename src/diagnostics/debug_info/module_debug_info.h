@@ -4,7 +4,8 @@
 // line).
 //
 // Lazy throughout: the file is mapped when the object is made; the units'
-// address ranges are indexed on the first look-up; a unit's functions and
+// address ranges are indexed on the first look-up (from .debug_aranges, or
+// each unit's own entry where that table does not list it); a unit's functions and
 // line table are read when an address first falls into it, and dropped
 // again, least recently used first, when the units read exceed `budget`
 // bytes. A malformed unit is remembered as such and names nothing.
@@ -57,7 +58,8 @@ class module_debug_info {
   };
 
   void index_units();
-  void index_unit(std::uint64_t offset);
+  void read_address_ranges(std::vector<bool>& listed);
+  void index_unit(std::uint32_t index);
   unit_slot* unit_at(std::uint64_t address);
   void read_unit(unit_slot& slot);
   void trim();
