@@ -20,8 +20,8 @@
 
 namespace debug_info {
 
-// Reading every unit of qz.dll itself keeps about 14 MiB; a stack touches
-// a handful of units of a few modules.
+// Every unit of qz.dll itself would keep about 14 MiB; a stack touches a
+// handful of units of a few modules, a few hundred KiB.
 constexpr std::size_t kCachedModules = 8;
 constexpr std::size_t kModuleBudget = 8u << 20;
 
