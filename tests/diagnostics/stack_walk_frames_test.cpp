@@ -14,6 +14,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -96,6 +97,27 @@ TEST_F(StackWalkFrames, TheSystemUnwinderAloneReachesTheEndOfAnOrdinaryStack) {
     const debug_info::unwind_walk_result walk = debug_info::unwind_walk(copy, frames, 0, 64);
     EXPECT_TRUE(walk.reached_end);
     EXPECT_EQ(frame_list(frames, frames + walk.stored), reference);
+  });
+}
+
+// A stack smashed by the fault being reported: the walk must come back with
+// the debug-help walker's frames, never fault itself.
+TEST_F(StackWalkFrames, ACorruptStackGivesTheDebugHelpWalkersFrames) {
+  std::mt19937_64 random(23);
+  descend(3, [&] {
+    CONTEXT context;
+    RtlCaptureContext(&context);
+    volatile DWORD64 smashed[64];
+    for (int round = 0; round < 20; ++round) {
+      for (auto& word : smashed) word = random() >> (round % 2 ? 0 : 20);  // wild and near
+      CONTEXT bad = context;
+      bad.Rsp = reinterpret_cast<DWORD64>(&smashed[0]);
+      bad.Rbp = random();
+      if (round % 3 == 0) bad.Rsp = random();  // in no stack at all
+      const frame_list reference = walk_with(symbol_sources::debug_help_only, bad, GetCurrentThread());
+      EXPECT_EQ(walk_with(symbol_sources::debug_help_first, bad, GetCurrentThread()), reference)
+          << "round " << round;
+    }
   });
 }
 

@@ -23,8 +23,22 @@ enum class unwind_result {
   unknown,  // the function table does not describe this frame
 };
 
+// The reservation a thread's stack lives in: the unwinder reads saved
+// registers and return addresses straight from memory, so a frame whose
+// stack pointer (or frame register) lies outside it is left to the
+// debug-help walker, which reads through ReadProcessMemory and survives a
+// corrupt stack.
+struct stack_bounds {
+  DWORD64 low = 0;
+  DWORD64 high = 0;  // one past the end
+  bool holds(DWORD64 address) const { return address >= low && address < high; }
+};
+// The bounds of the stack that holds `stack_pointer`; empty when it lies in
+// no reserved memory.
+stack_bounds stack_bounds_of(DWORD64 stack_pointer);
+
 // Moves `context` one frame up its stack.
-unwind_result unwind_one(CONTEXT& context);
+unwind_result unwind_one(CONTEXT& context, const stack_bounds& stack);
 
 // Fills `frames` like the debug-help walker does: the context's own
 // instruction first, then one return address per caller, dropping the first
