@@ -42,14 +42,13 @@ unwind_result unwind_one(CONTEXT& context, const stack_bounds& stack);
 
 // Fills `frames` like the debug-help walker does: the context's own
 // instruction first, then one return address per caller, dropping the first
-// `skip`; at most `max`. Returns how many it stored; `stopped` says whether it
-// met the end of the stack (then `context` is spent) or a frame it cannot
-// step (then `context` holds that frame, which is already stored or skipped,
-// and `*steps` says how many frames were seen).
+// `skip`; at most `max`.
 struct unwind_walk_result {
-  unsigned int stored = 0;
-  unsigned long long steps = 0;
-  bool reached_end = false;
+  unsigned int stored = 0;          // addresses stored in `frames`
+  unsigned long long steps = 0;     // frames seen, the skipped ones included
+  bool reached_end = false;         // the stack ended; else `max` was reached, or the
+                                    // unwinder stopped at a frame it cannot step: then
+                                    // `context` holds that frame, already seen
 };
 unwind_walk_result unwind_walk(CONTEXT& context, unsigned long long* frames, unsigned long long skip,
                                unsigned int max);
