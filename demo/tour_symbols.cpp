@@ -43,6 +43,13 @@ void tour_symbols() {
   section("This thread's stack");
   std::printf("%s\n", GetMyDebugStack().c_str());
 
+  section("The same names from the module's own DWARF (SymbolSources)");
+  // The debug-help library cannot read GCC's default DWARF 5, and reads no
+  // DWARF at all on Windows; the engine then reads the module's file itself.
+  SymbolSources = symbol_sources::own_reader_first;
+  show("SymGetFullNameFromAddress", SymGetFullNameFromAddress(address));
+  SymbolSources = symbol_sources::debug_help_first;
+
   section("An exception with its location, from ExtendDebugInformationFromException");
   ExtendDebugInformationFromException = true;
   try {

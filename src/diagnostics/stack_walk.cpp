@@ -1,6 +1,10 @@
-// StackWalk: the debug-help library's x64 walker, one step at a time under
-// the symbol lock.
+// StackWalk: the system's unwinder where the function table describes every
+// frame, the debug-help library's x64 walker (one step at a time under the
+// symbol lock) from the first frame it does not.
+#include "diagnostics/debug_info/unwind_walk.h"
 #include "diagnostics/symbol_engine.h"
+
+#include <qz/errors/tuning.h>
 
 namespace {
 
@@ -48,7 +52,18 @@ __attribute__((noinline)) unsigned int StackWalk(unsigned long long* frames, _CO
   STACKFRAME64 frame = first_frame(copy);
   HANDLE walked = thread ? thread : GetCurrentThread();
   unsigned int stored = 0;
-  for (unsigned long long steps = 0; stored < max && step(frame, copy, walked); ++steps)
+  unsigned long long steps = 0;
+  if (SymbolSources != symbol_sources::debug_help_only) {
+    const debug_info::unwind_walk_result fast = debug_info::unwind_walk(copy, frames, to_skip, max);
+    if (fast.reached_end || fast.stored == max) return fast.stored;
+    // The debug-help walker starts again at the frame the unwinder could not
+    // step, which yields that frame once more.
+    stored = fast.stored;
+    steps = fast.steps - 1;
+    if (steps >= to_skip) --stored;
+    frame = first_frame(copy);
+  }
+  for (; stored < max && step(frame, copy, walked); ++steps)
     if (steps >= to_skip) frames[stored++] = frame.AddrPC.Offset;
   return stored;
 }

@@ -9,3 +9,4 @@ bool ExtendDebugInformationFromException = false;
 unsigned long MiniDumpType = 0;
 const char* MiniDumpFileFormat = "Dumps\\%s_%s_%04hd_%02hd_%02hd_%02hd_%02hd_%02hd_%03hd.dmp";
 std::string MiniDumpExcludedTypes = "EThreadInterrupt;EStructuredException;C++";
+symbol_sources SymbolSources = symbol_sources::debug_help_first;

@@ -11,8 +11,9 @@
 // together with line loading (SYMOPT_LOAD_LINES): the library reads source
 // lines only for modules whose symbols it loaded with that option, so without
 // it every source text would be empty. Names and lines need the modules' own
-// debug information (GCC: -g, DWARF version 4 at most; the library's own
-// build has it).
+// debug information (GCC: a plain -g; where the debug-help library reads no
+// such DWARF, the library's own reader of each module's file gives them, as
+// `SymbolSources` in <qz/errors/tuning.h> chooses).
 //
 // Texts, as the functions below return them:
 //
