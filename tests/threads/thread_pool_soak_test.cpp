@@ -10,8 +10,6 @@
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
-#include <tlhelp32.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -25,6 +23,7 @@ namespace {
 using qz_test::Eventually;
 using qz_test::WorkerThread;
 using threads_test::Field;
+using threads_test::LibraryThreads;
 
 struct Tally {
   std::atomic<long long> created{0}, ran{0}, never_ran{0}, ran_twice{0}, kept_exceptions{0};
@@ -56,34 +55,6 @@ class Soak : public Base {
 };
 using SoakJob = Soak<IThreadJob>;
 using SoakTask = Soak<TThreadTask>;
-
-// Threads of this process started through the C runtime's thread start,
-// as every library thread is (the test's own threads are not).
-int LibraryThreads() {
-  using query_t = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
-  const auto query = reinterpret_cast<query_t>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationThread")));
-  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-  THREADENTRY32 entry{};
-  entry.dwSize = sizeof entry;
-  int count = 0;
-  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
-    const HANDLE thread = entry.th32OwnerProcessID != GetCurrentProcessId()
-                              ? nullptr
-                              : OpenThread(THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID);
-    if (thread == nullptr) continue;
-    void* start = nullptr;
-    HMODULE module = nullptr;
-    constexpr int kWin32StartAddress = 9;
-    count += query(thread, kWin32StartAddress, &start, sizeof start, nullptr) == 0 &&
-             GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                                static_cast<LPCWSTR>(start), &module) &&
-             module == GetModuleHandleW(L"msvcrt.dll");
-    CloseHandle(thread);
-  }
-  CloseHandle(snapshot);
-  return count;
-}
 
 TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
   qz_test::CapturedStream debug(Debug);  // the throwing jobs' lines stay off the debugger

@@ -100,6 +100,10 @@ class QZ_API TThreadClass : public TThread {
   // The entry of every thread StartThread makes; `object` is the
   // TThreadClass.
   static unsigned int StaticThreadEntry(void* object);
+  // The middle step of InterruptThread, without waiting: queues the
+  // interruption to a running body, or marks a body that has not started
+  // never to run. The caller owns the handle meanwhile (no StartThread).
+  void RequestInterrupt();
 
   std::atomic<int> thread_state;
 
