@@ -71,25 +71,35 @@ void TThreadTask::SetPriority(int priority) {
 
 // The state decides every race: a worker starts only a queued task, and a
 // Cancel interrupts only a worker still inside the work, which has then
-// handed the worker over (context) together with the state. The worker is
-// replaced so that the pool keeps its strength; a failure to start the new
-// thread must not make the cancel fail.
+// handed the worker over (context) together with the state. A second
+// Cancel meanwhile waits for the first one's end, so that it too returns
+// only once the work is over. The worker is replaced so that the pool
+// keeps its strength; a failure to start the new thread must not make the
+// cancel fail.
 void TThreadTask::Cancel() {
   SmartPtr<IThreadContext> worker;
+  bool stopping = false;
   AcquireSRWLockExclusive(&context_lock);
+  const bool on_worker = runner_thread == GetCurrentThreadId();
   if (life == Life::queued) {
     life = Life::cancelled;
-  } else if (life == Life::running && runner_thread != GetCurrentThreadId()) {
-    life = Life::cancelled;
+  } else if (life == Life::running && !on_worker) {
+    life = Life::stopping;
     worker = std::move(context);
+  } else if (life == Life::stopping && !on_worker) {
+    stopping = true;
   }
   ReleaseSRWLockExclusive(&context_lock);
+  if (stopping) return finished_event.WaitForSignal();
   if (worker) {
     worker->Interrupt();
     try {
       worker->Start();
     } catch (...) {
     }
+    AcquireSRWLockExclusive(&context_lock);
+    life = Life::cancelled;
+    ReleaseSRWLockExclusive(&context_lock);
   }
   finished_event.Set();
 }

@@ -5,6 +5,7 @@
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
+#include <cstdio>
 #include <vector>
 
 namespace {
@@ -87,6 +88,41 @@ TEST(TaskCancel, ATaskDroppedFromTheQueueEndsAsCancelledBeforeItStarted) {
   pool->SetLimits(2, 0, 0);
   EXPECT_TRUE(pool->WaitForAllJobs(10000));
   EXPECT_EQ(ran, 0);
+  pool->Shutdown();
+}
+
+// Two threads cancel one running task whose work takes a while to unwind:
+// neither Cancel returns before the work is over.
+TEST(TaskCancel, EveryConcurrentCancelWaitsForTheWorkToEnd) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  std::atomic<int> left{0};
+  SmartPtr<LambdaTask> task = new LambdaTask([&] {
+    struct SlowUnwind {
+      std::atomic<int>& left;
+      ~SlowUnwind() {
+        ::Sleep(300);
+        ++left;
+      }
+    } slow{left};
+    for (;;) TThread::Sleep(1000, 1);
+  });
+  pool->QueueJob(task);
+  ASSERT_TRUE(task->WaitForStart(10000));
+  std::atomic<int> left_seen[2] = {{-1}, {-1}};
+  {
+    qz_test::WorkerThread first([&] {
+      task->Cancel();
+      left_seen[0] = left.load();
+    });
+    Sleep(20);
+    qz_test::WorkerThread second([&] {
+      task->Cancel();
+      left_seen[1] = left.load();
+    });
+    ASSERT_TRUE(first.Join(20000) && second.Join(20000));
+  }
+  EXPECT_EQ(left_seen[0], 1);
+  EXPECT_EQ(left_seen[1], 1) << "the second Cancel returned while the work was still unwinding";
   pool->Shutdown();
 }
 

@@ -10,10 +10,11 @@
 //
 // Life, one state changed only by single steps under the task's lock:
 //
-//   queued --(a worker takes it)--> running --(the work ends)--> finished
-//     |                               |
-//     +--(Cancel, ClearQueue, ------->+--(Cancel from another thread)--> cancelled
-//         Shutdown)
+//   queued ---(a worker takes it)---> running ---(the work ends)---> finished
+//     |                                 |
+//     | Cancel, ClearQueue, Shutdown    | Cancel from another thread:
+//     v                                 v it interrupts the worker
+//   cancelled <--(the worker ended)-- stopping
 //
 // TaskStarted is called as the task enters running, TaskFinished as it
 // leaves it by itself. Both events are manual-reset and never reset again:
@@ -31,7 +32,8 @@
 // (EThreadInterrupt at the work's next alertable wait; a worker that does
 // not end within 5000 ms is terminated, and the job counts as done all the
 // same); Cancel waits for that, then starts a fresh thread in the worker's
-// place, so the pool keeps its strength. A Cancel that comes while the
+// place, so the pool keeps its strength. Another Cancel meanwhile waits
+// for the first one to end. A Cancel that comes while the
 // work runs without waiting alertably ends the worker as the work returns:
 // the interruption never lands in the next job. Cancel from the task's own
 // work only sets the finished event; the work goes on to its end (it is
@@ -128,7 +130,9 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   void Abandon() noexcept override;
 
  private:
-  enum class Life { queued, running, finished, cancelled };
+  // `stopping`: cancelled while running; the Cancel that took the worker
+  // is interrupting it.
+  enum class Life { queued, running, stopping, finished, cancelled };
 
   SmartPtr<IThreadContext> CurrentContext() const;
   SmartPtr<IThreadContext> TakeContext();
