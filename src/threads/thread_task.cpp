@@ -90,17 +90,29 @@ void TThreadTask::Cancel() {
     stopping = true;
   }
   ReleaseSRWLockExclusive(&context_lock);
-  if (stopping) return finished_event.WaitForSignal();
+  if (stopping) {
+    finished_event.WaitForSignal();
+    return;
+  }
   if (worker) {
-    worker->Interrupt();
+    try {
+      worker->Interrupt();
+    } catch (...) {
+      EndCancel();  // other Cancels must not wait for ever
+      throw;
+    }
     try {
       worker->Start();
     } catch (...) {
     }
-    AcquireSRWLockExclusive(&context_lock);
-    life = Life::cancelled;
-    ReleaseSRWLockExclusive(&context_lock);
   }
+  EndCancel();
+}
+
+void TThreadTask::EndCancel() {
+  AcquireSRWLockExclusive(&context_lock);
+  if (life == Life::stopping) life = Life::cancelled;
+  ReleaseSRWLockExclusive(&context_lock);
   finished_event.Set();
 }
 

@@ -108,6 +108,13 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   void RethrowException() override;
   bool IsRunning() const override;
 
+  // The worker's side (IThreadJob): runs the work between TaskStarted and
+  // TaskFinished unless the task was cancelled first, keeping its
+  // exception; passes EThreadInterrupt on.
+  void RunOn(IThreadContext& worker) override;
+  // The pool gives the task up: it ends finished (see above).
+  void Abandon() noexcept override;
+
  protected:
   // Sets the started event.
   void TaskStarted() override;
@@ -121,14 +128,6 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   // What the work ended with; null when it returned (or has not ended).
   EGeneric* exception;
 
- public:
-  // The worker's side (IThreadJob): runs the work between TaskStarted and
-  // TaskFinished unless the task was cancelled first, keeping its
-  // exception; passes EThreadInterrupt on.
-  void RunOn(IThreadContext& worker) override;
-  // The pool gives the task up: it ends finished (see above).
-  void Abandon() noexcept override;
-
  private:
   // `stopping`: cancelled while running; the Cancel that took the worker
   // is interrupting it.
@@ -139,6 +138,9 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   // The work has ended on the worker: running becomes finished and true;
   // false when a Cancel took the task meanwhile.
   bool EndRun();
+  // The end of every Cancel but a waiting one: stopping becomes cancelled,
+  // and the finished event is set.
+  void EndCancel();
 
   mutable SRWLOCK context_lock;
   // Under context_lock.
