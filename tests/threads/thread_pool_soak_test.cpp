@@ -43,7 +43,9 @@ class Soak : public Base {
   static constexpr bool kTask = std::is_same<Base, TThreadTask>::value;
 
  public:
-  Soak(Tally& tally, bool throws) : tally_(tally), throws_(throws) { ++tally_.created; }
+  Soak(Tally& tally, bool throws, DWORD sleep_ms = 1) : tally_(tally), throws_(throws), sleep_ms_(sleep_ms) {
+    ++tally_.created;
+  }
   ~Soak() override {
     const int runs = runs_;
     ++(runs == 0 ? tally_.never_ran : runs == 1 ? tally_.ran : tally_.ran_twice);
@@ -56,7 +58,7 @@ class Soak : public Base {
     ++runs_;
     if constexpr (kTask) {
       try {
-        TThread::Sleep(1, 1);
+        TThread::Sleep(sleep_ms_, 1);
       } catch (const EThreadInterrupt&) {
         interrupted_ = true;
         throw;
@@ -79,6 +81,7 @@ class Soak : public Base {
 
   Tally& tally_;
   const bool throws_;
+  const DWORD sleep_ms_;
   std::atomic<int> runs_{0};
   std::atomic<bool> interrupted_{false};
 };
@@ -117,7 +120,7 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
       for (long long i = 0; !stop; ++i) {
         try {
           if (i % 10 == 0) {
-            SmartPtr<SoakTask> task = new SoakTask(tally, random() % 3 == 0);
+            SmartPtr<SoakTask> task = new SoakTask(tally, random() % 3 == 0, 1 + random() % 8);
             pool->QueueJob(task);
             std::lock_guard<std::mutex> hold(tasks_lock);
             recent_tasks.push_back(task);
@@ -130,14 +133,17 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
         }
       }
     };
-    // Cancels a recent task (queued, running or done) every 0-3 ms.
+    // Cancels a recent task (running when a few picks find one, else queued or
+// done) every 0-3 ms.
     const auto cancel = [&](unsigned seed) {
       std::mt19937 random(seed);
       for (; !stop; Sleep(random() % 4)) {
         SmartPtr<SoakTask> task;
         {
+          // Running tasks are rare among the recent ones: a few picks find one.
           std::lock_guard<std::mutex> hold(tasks_lock);
-          if (!recent_tasks.empty()) task = recent_tasks[random() % recent_tasks.size()];
+          for (int pick = 0; pick < 8 && !recent_tasks.empty() && !(task && task->IsRunning()); ++pick)
+            task = recent_tasks[random() % recent_tasks.size()];
           if (recent_tasks.size() > 1000) recent_tasks.clear();
         }
         if (!task) continue;
