@@ -159,11 +159,14 @@ void TThreadContext::AwaitEnd(const THandle& thread, DWORD deadline) {
   SettleAbandonedJob();
 }
 
+// The count is kept even when the caller is interrupted meanwhile; the
+// interruption is honoured once it is.
 void TThreadContext::SettleAbandonedJob() {
   if (!job_pending_.exchange(false)) return;
   const SmartPtr<IThreadJob> job = std::move(current_job_);
   job->Abandon();
-  if (const SmartPtr<IThreadOwner> owner = Owner()) owner->OnJobDone(this);
+  const SmartPtr<IThreadOwner> owner = Owner();
+  if (owner && run_uninterrupted([&] { owner->OnJobDone(this); })) throw EThreadInterrupt();
 }
 
 void TThreadContext::Interrupt() {

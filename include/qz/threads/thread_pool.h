@@ -41,8 +41,8 @@
 // (plus an event reset when the pool was all done); a worker pays one
 // semaphore wait, a pop under the queue lock and the done count under it
 // again. `scripts/bench pool` (Wine, 4 workers, empty jobs) puts the pool at
-// 1.0-1.07x the throughput of a bare pool built from the same lock and
-// semaphore, for 1, 2 and 4 producers.
+// 0.92-1.09x the throughput of a bare pool built from the same lock and
+// semaphore, for 1, 2 and 4 producers (five runs on a shared machine).
 //
 // Text form (ToString), e.g. for the default pool before any work:
 //   Thread Pool 0x<low 32 bits of the address, lower-case hex> RunningJobs=0
