@@ -39,7 +39,7 @@ int RunChild(const std::string& filter, DWORD ms) {
 }
 
 TEST(ProcessExit, EndsWithPoolWorkersAliveInEveryState) {
-  for (int round = 0; round < 3; ++round)
+  for (int round = 0; round < 10; ++round)
     ASSERT_EQ(RunChild("ProcessExit.DISABLED_LeaveWorkersBehind", 60000), 0) << "round " << round;
 }
 
@@ -49,8 +49,10 @@ TEST(ProcessExit, EndsWithPoolWorkersAliveInEveryState) {
 TEST(ProcessExit, DISABLED_LeaveWorkersBehind) {
   SmartPtr<IThreadPool>* const leaked = new SmartPtr<IThreadPool>(CreateNewThreadPool(12, 2));
   IThreadPool& pool = **leaked;
-  static TEvent never;
-  for (int i = 0; i < 2; ++i) pool.QueueJob(new LambdaJob([] { never.WaitForSignal(); }));
+  // Everything the workers use is leaked: the process ends without
+  // destroying it under them.
+  TEvent* const never = new TEvent;
+  for (int i = 0; i < 2; ++i) pool.QueueJob(new LambdaJob([never] { never->WaitForSignal(); }));
   for (int i = 0; i < 2; ++i)
     pool.QueueJob(new LambdaJob([] {
       for (;;) ::Sleep(1);
@@ -62,18 +64,19 @@ TEST(ProcessExit, DISABLED_LeaveWorkersBehind) {
   ASSERT_TRUE(suspended->WaitForStart(10000));
   suspended->Suspend();
   // Cancels and restarts go on while the process ends.
-  static SmartPtr<IThreadPool> churned = CreateNewThreadPool(4, 0);
+  IThreadPool* const churned = (new SmartPtr<IThreadPool>(CreateNewThreadPool(4, 0)))->get();
   CloseHandle(CreateThread(
       nullptr, 0,
-      [](void*) -> DWORD {
+      [](void* argument) -> DWORD {
+        IThreadPool& churn = *static_cast<IThreadPool*>(argument);
         for (;;) {
           SmartPtr<LambdaTask> task = new LambdaTask([] { TThread::Sleep(5, 1); });
-          churned->QueueJob(task);
+          churn.QueueJob(task);
           task->Cancel();
-          churned->QueueJob(new LambdaJob([] {}));
+          churn.QueueJob(new LambdaJob([] {}));
         }
       },
-      nullptr, 0, nullptr));
+      churned, 0, nullptr));
   // Jobs that fail and log, on the process-wide pool, which is never
   // destroyed.
   CloseHandle(CreateThread(
