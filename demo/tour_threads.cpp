@@ -1,5 +1,6 @@
 #include "tour.h"
 
+#include <qz/errors/exceptions.h>
 #include <qz/errors/generic.h>
 #include <qz/threads/thread_class.h>
 #include <qz/threads/thread_pool.h>
@@ -69,6 +70,33 @@ void task_cancelled() {
   pool->Shutdown();
 }
 
+void pool_failure_paths() {
+  section("Thread pool: bad input, dropped tasks, cancel racing the start");
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(0, 0);  // no workers yet: jobs wait
+  try {
+    pool->QueueJob(nullptr);
+  } catch (const ESystemException& e) {
+    show("QueueJob(nullptr) throws, Code", std::to_string(static_cast<int>(e.get_value("Code"))));
+  }
+  show("and counts nothing", pool->ToString());
+  SmartPtr<TThreadTask> dropped = new Download;
+  pool->QueueJob(dropped);
+  pool->ClearQueue();
+  show("a task ClearQueue dropped: IsFinished", dropped->IsFinished() ? "true" : "false");
+  show("                           IsStarted", dropped->IsStarted() ? "true" : "false");
+  pool->SetLimits(4, 4, 0);
+  int ran = 0;
+  for (int i = 0; i < 1000; ++i) {
+    SmartPtr<TThreadTask> task = new Download;
+    pool->QueueJob(task);
+    task->Cancel();  // never started, or interrupted and over when it returns
+    ran += task->IsStarted();
+  }
+  show("1000 tasks cancelled right after queueing", std::to_string(ran) + " had started, all are over");
+  pool->Shutdown();
+  show("after Shutdown", pool->ToString());
+}
+
 class Poller : public TThreadClass {
  public:
   ~Poller() override { StopThread(5000); }
@@ -99,5 +127,6 @@ void thread_interrupted() {
 void tour_threads() {
   pool_running_jobs();
   task_cancelled();
+  pool_failure_paths();
   thread_interrupted();
 }

@@ -8,6 +8,7 @@
 
 #include "diagnostics/thread_walk.h"
 #include "faults/stack_guarantee.h"
+#include "threads/alertable_wait.h"
 
 #include <windows.h>
 
@@ -20,21 +21,6 @@ constexpr int kInterrupted = 2;
 constexpr unsigned int kDestructionWaitMs = 1000;
 constexpr unsigned int kStackFrames = 64;
 
-// Waits alertably for `thread` to end, at most `ms` in all: procedure calls
-// that run and return do not cut the wait short. True when it ended.
-bool WaitForEnd(const THandle& thread, unsigned int ms) {
-  const DWORD start = GetTickCount();
-  for (;;) {
-    DWORD left = ms;
-    if (ms != INFINITE) {
-      const DWORD spent = GetTickCount() - start;
-      left = spent >= ms ? 0 : ms - spent;
-    }
-    const DWORD result = thread.WaitForSingleObject(left, TRUE);
-    if (result != WAIT_IO_COMPLETION) return result == WAIT_OBJECT_0;
-  }
-}
-
 }  // namespace
 
 TThreadClass::TThreadClass() noexcept : TThread(DoNotInitialize), thread_state(kIdle) {}
@@ -43,7 +29,7 @@ TThreadClass::TThreadClass() noexcept : TThread(DoNotInitialize), thread_state(k
 // last resort for one that did not.
 TThreadClass::~TThreadClass() noexcept(false) {
   if (!IsValidHandle() || IsOwnThread()) return;
-  if (!WaitForEnd(*this, kDestructionWaitMs)) Terminate();
+  if (!WaitOutlastingCalls(*this, kDestructionWaitMs)) Terminate();
 }
 
 // Termination is asynchronous: the handle is kept until the thread is gone.
@@ -67,7 +53,7 @@ void TThreadClass::StartThread() {
 
 void TThreadClass::StopThread(unsigned int timeout) {
   if (!IsValidHandle() || IsOwnThread()) return;
-  if (!WaitForEnd(*this, timeout)) Terminate();
+  if (!WaitOutlastingCalls(*this, timeout)) Terminate();
 }
 
 unsigned long TThreadClass::SuspendThread() { return TThread::SuspendThread(); }
@@ -76,22 +62,24 @@ unsigned long TThreadClass::ResumeThread() { return TThread::ResumeThread(); }
 
 void TThreadClass::SetThreadPriority(int priority) { TThread::SetThreadPriority(priority); }
 
+void TThreadClass::InterruptThread(unsigned int wait_ms, unsigned int stop_timeout) {
+  if (IsValidHandle() && !IsOwnThread() && WaitOutlastingCalls(*this, wait_ms)) return;
+  RequestInterrupt();
+  StopThread(stop_timeout);
+}
+
 // The exchange decides the race with a body that is just starting: either
 // the body sees 2 and never runs, or this sees 1 and the call is queued.
-// A thread that ends between the first wait and the queueing has nothing
-// left to interrupt.
-void TThreadClass::InterruptThread(unsigned int wait_ms, unsigned int stop_timeout) {
-  if (IsValidHandle() && !IsOwnThread() && WaitForEnd(*this, wait_ms)) return;
+// A thread that ends before the call is queued has nothing left to
+// interrupt.
+void TThreadClass::RequestInterrupt() {
   int found = kIdle;
-  if (!thread_state.compare_exchange_strong(found, kInterrupted) && found == kRunning) {
-    const auto routine = static_cast<void (*)(unsigned long long)>(&TThreadClass::ThrowEThreadInterrupt);
-    if (!::QueueUserAPC(reinterpret_cast<PAPCFUNC>(routine), handle,
-                        reinterpret_cast<ULONG_PTR>(this))) {
-      const DWORD error = GetLastError();
-      if (WaitForSingleObject(0, FALSE) != WAIT_OBJECT_0) ThrowSystemException(error);
-    }
+  if (thread_state.compare_exchange_strong(found, kInterrupted) || found != kRunning) return;
+  const auto routine = static_cast<void (*)(unsigned long long)>(&TThreadClass::ThrowEThreadInterrupt);
+  if (!::QueueUserAPC(reinterpret_cast<PAPCFUNC>(routine), handle, reinterpret_cast<ULONG_PTR>(this))) {
+    const DWORD error = GetLastError();
+    if (WaitForSingleObject(0, FALSE) != WAIT_OBJECT_0) ThrowSystemException(error);
   }
-  StopThread(stop_timeout);
 }
 
 void TThreadClass::ThrowEThreadInterrupt(unsigned long long object) {

@@ -1,18 +1,22 @@
 #include "threads/thread_context.h"
 
 #include <qz/errors/exceptions.h>
+#include <qz/core/throw.h>
 #include <qz/logging/debug_stream_session.h>
 #include <qz/logging/global_streams.h>
-#include <qz/threads/thread_task.h>
 
+#include "threads/alertable_wait.h"
 #include "threads/uninterrupted.h"
 
 #include <exception>
+#include <utility>
 
 namespace {
 
 // How long an interrupted worker has to end before it is terminated.
 constexpr unsigned int kInterruptStopMs = 5000;
+// How long a terminated thread may take to be gone.
+constexpr DWORD kTerminationMs = 1000;
 
 // The log line of a job that let an exception out. A line that cannot be
 // written is lost; an interruption that lands in the stream's lock is kept
@@ -30,16 +34,25 @@ bool LogJobFailure(const std::exception* e) {
   return false;
 }
 
+// Exclusive hold of a slim lock for one scope.
+class ExclusiveHold {
+ public:
+  explicit ExclusiveHold(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+  ~ExclusiveHold() { ReleaseSRWLockExclusive(&lock_); }
+  ExclusiveHold(const ExclusiveHold&) = delete;
+  ExclusiveHold& operator=(const ExclusiveHold&) = delete;
+
+ private:
+  SRWLOCK& lock_;
+};
+
 }  // namespace
 
 SmartPtr<IThreadContext> CreateNewThreadContext(SmartPtr<IThreadOwner> owner) {
   return new TThreadContext(owner);
 }
 
-TThreadContext::TThreadContext(SmartPtr<IThreadOwner> owner) : owner_(owner) {
-  InitializeSRWLock(&owner_lock_);
-  InitializeSRWLock(&start_lock_);
-}
+TThreadContext::TThreadContext(SmartPtr<IThreadOwner> owner) : owner_(owner) { InitializeSRWLock(&lock_); }
 
 // Normally the loop has ended long before; when the last reference goes on
 // the worker's own thread, the base lets the thread finish on its own.
@@ -52,17 +65,17 @@ TThreadContext::~TThreadContext() noexcept {
 }
 
 SmartPtr<IThreadOwner> TThreadContext::Owner() const {
-  AcquireSRWLockShared(&owner_lock_);
+  AcquireSRWLockShared(&lock_);
   SmartPtr<IThreadOwner> owner = owner_;
-  ReleaseSRWLockShared(&owner_lock_);
+  ReleaseSRWLockShared(&lock_);
   return owner;
 }
 
+// The owner is let go after the lock: it may be the last reference.
 void TThreadContext::DropOwner() {
   SmartPtr<IThreadOwner> gone;
-  AcquireSRWLockExclusive(&owner_lock_);
+  ExclusiveHold hold(lock_);
   gone = std::move(owner_);
-  ReleaseSRWLockExclusive(&owner_lock_);
 }
 
 // The thread holds its context while it runs: the owner may let go of it
@@ -74,7 +87,7 @@ void TThreadContext::DynamicThreadEntry() {
 }
 
 // An interruption ends the thread without telling the owner: the context
-// stays in its pool for whoever interrupted it to restart or remove.
+// stays in its pool for whoever interrupted it to restart or stop.
 void TThreadContext::Execute() {
   const SmartPtr<IThreadOwner> owner = Owner();
   if (!owner) return;
@@ -95,20 +108,21 @@ void TThreadContext::Execute() {
       DropOwner();
       return;
     }
+    current_job_ = job;
     job_pending_ = true;
-    bool interrupted = RunJob(*job, self);
+    bool interrupted = RunJob(*job);
     job.reset();
-    if (job_pending_.exchange(false)) interrupted |= run_uninterrupted([&] { owner->OnJobDone(self); });
+    if (job_pending_.exchange(false)) {
+      current_job_.reset();
+      interrupted |= run_uninterrupted([&] { owner->OnJobDone(self); });
+    }
     if (interrupted) return;
   }
 }
 
-bool TThreadContext::RunJob(IThreadJob& job, const SmartPtr<IThreadContext>& self) {
+bool TThreadContext::RunJob(IThreadJob& job) {
   try {
-    if (auto* task = dynamic_cast<TThreadTask*>(&job))
-      task->RunOn(self);
-    else
-      job.Execute();
+    job.RunOn(*this);
   } catch (const EThreadInterrupt&) {
     return true;
   } catch (const std::exception& e) {
@@ -120,14 +134,56 @@ bool TThreadContext::RunJob(IThreadJob& job, const SmartPtr<IThreadContext>& sel
 }
 
 // On its own thread the worker cannot wait for itself to end: a job that
-// cancels its own task just goes on. A worker terminated inside a job has
-// not told its owner that the job is over, so that is done here; otherwise
-// the owner would wait for the job for ever.
+// cancels its own task, or shuts its pool down, just goes on.
+THandle TThreadContext::AskToEnd(bool retire) {
+  ExclusiveHold hold(lock_);
+  if (retire) retired_ = true;
+  if (!IsValidHandle() || GetThreadId(handle) == GetCurrentThreadId()) return THandle();
+  RequestInterrupt();
+  return THandle(handle);
+}
+
+// A worker that ended by itself settled its own job; one terminated inside
+// a job did not, so that is done here, once the thread is surely gone
+// (termination is asynchronous).
+void TThreadContext::AwaitEnd(const THandle& thread, DWORD deadline) {
+  if (!thread.IsValidHandle() || WaitUntil(thread, deadline, false)) {
+    if (thread.IsValidHandle()) SettleAbandonedJob();
+    return;
+  }
+  if (!::TerminateThread(thread, 0)) {
+    const DWORD error = GetLastError();
+    if (thread.WaitForSingleObject(0, FALSE) != WAIT_OBJECT_0) ThrowSystemException(error);
+  }
+  if (thread.WaitForSingleObject(kTerminationMs, FALSE) != WAIT_OBJECT_0) return;
+  SettleAbandonedJob();
+}
+
+// The count is kept even when the caller is interrupted meanwhile; the
+// interruption is honoured once it is.
+void TThreadContext::SettleAbandonedJob() {
+  if (!job_pending_.exchange(false)) return;
+  const SmartPtr<IThreadJob> job = std::move(current_job_);
+  job->Abandon();
+  const SmartPtr<IThreadOwner> owner = Owner();
+  if (owner && run_uninterrupted([&] { owner->OnJobDone(this); })) throw EThreadInterrupt();
+}
+
 void TThreadContext::Interrupt() {
-  if (GetThreadId(handle) == GetCurrentThreadId()) return;
-  InterruptThread(0, kInterruptStopMs);
-  if (WaitForSingleObject(0, FALSE) != WAIT_OBJECT_0 || !job_pending_.exchange(false)) return;
-  if (const SmartPtr<IThreadOwner> owner = Owner()) owner->OnJobDone(this);
+  const THandle thread = AskToEnd(false);
+  AwaitEnd(thread, GetTickCount() + kInterruptStopMs);
+}
+
+void TThreadContext::BeginStop() { AskToEnd(true); }
+
+void TThreadContext::FinishStop(unsigned long deadline) {
+  THandle thread;
+  {
+    ExclusiveHold hold(lock_);
+    if (IsValidHandle() && GetThreadId(handle) != GetCurrentThreadId()) thread = THandle(handle);
+  }
+  AwaitEnd(thread, deadline);
+  DropOwner();  // a retired worker needs it no more; a terminated one would keep it for good
 }
 
 std::string TThreadContext::GetStack() { return GetCurrentStack(); }
@@ -138,14 +194,12 @@ void TThreadContext::Resume() { ResumeThread(); }
 
 void TThreadContext::SetPriority(int priority) { SetThreadPriority(priority); }
 
+// A body that was interrupted before it ran, or terminated inside a job,
+// left its state behind; the fresh thread starts from idle.
 void TThreadContext::Start() {
-  AcquireSRWLockExclusive(&start_lock_);
-  try {
-    const bool running = IsValidHandle() && WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT;
-    if (!running && Owner()) StartThread();  // without an owner the loop has ended for good
-  } catch (...) {
-    ReleaseSRWLockExclusive(&start_lock_);
-    throw;
-  }
-  ReleaseSRWLockExclusive(&start_lock_);
+  ExclusiveHold hold(lock_);
+  if (retired_ || !owner_) return;  // stopped for good, or the loop has ended
+  if (IsValidHandle() && WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT) return;
+  thread_state = 0;
+  StartThread();
 }

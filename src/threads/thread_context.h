@@ -2,8 +2,10 @@
 // owner for jobs until told to end (private to the library; users reach it
 // as IThreadContext through CreateNewThreadContext).
 //
-// Thread safety: as IThreadContext. The owner reference is handed over
-// under a lock: Start reads it on any thread, the ending loop drops it.
+// Thread safety: as IThreadContext. One lock serialises everything that
+// reads or replaces the thread handle or the owner: Start, the asking step
+// of Interrupt and BeginStop, and the copy of the handle a stop waits on.
+// No wait happens under it.
 #pragma once
 
 #include <qz/threads/thread_class.h>
@@ -26,24 +28,37 @@ class TThreadContext : public TThreadClass, public IThreadContext {
   void Resume() override;
   void SetPriority(int priority) override;
   void Start() override;
+  void BeginStop() override;
+  void FinishStop(unsigned long deadline) override;
 
  protected:
   void DynamicThreadEntry() override;
 
  private:
   // Runs one job; true when an interruption ended it.
-  bool RunJob(IThreadJob& job, const SmartPtr<IThreadContext>& self);
+  bool RunJob(IThreadJob& job);
   SmartPtr<IThreadOwner> Owner() const;
   // The loop ended for good: the owner is let go, so that neither keeps
   // the other alive.
   void DropOwner();
+  // Under the lock: asks the current thread to end (retiring the worker
+  // when `retire`), and returns a handle of its own to that thread; an
+  // empty one when there is nothing to wait for.
+  THandle AskToEnd(bool retire);
+  // Waits for `thread` until `deadline`, terminates it then, and settles
+  // the job a terminated thread left.
+  void AwaitEnd(const THandle& thread, DWORD deadline);
+  void SettleAbandonedJob();
 
   SmartPtr<IThreadOwner> owner_;
-  mutable SRWLOCK owner_lock_;
-  // Two Cancels that replace the same worker at once start one thread.
-  SRWLOCK start_lock_;
+  mutable SRWLOCK lock_;
+  // Set by BeginStop: no Start revives the worker.
+  bool retired_ = false;
   // A job was handed out and the owner not yet told it is done. Whoever
   // clears it tells the owner: the worker, or the interrupter that had to
   // terminate the worker inside the job.
   std::atomic<bool> job_pending_{false};
+  // The job while job_pending_ is set: written by the worker before it sets
+  // the flag; read by an interrupter only after the thread is gone.
+  SmartPtr<IThreadJob> current_job_;
 };

@@ -1,9 +1,11 @@
 // The caller's side of TThreadPool: construction, queueing, limits and
 // shutdown. The workers' side is in thread_pool_workers.cpp.
 #include <qz/errors/generic.h>
+#include <qz/core/throw.h>
 #include <qz/threads/thread_pool.h>
 
 #include "sync/lock_holds.h"
+#include "threads/alertable_wait.h"
 
 #include <windows.h>
 
@@ -15,6 +17,8 @@ namespace {
 
 constexpr unsigned kDefaultMaxTotalThreads = 50;
 constexpr unsigned kDefaultMaxQueueLength = 1000000;
+// How long Shutdown gives its workers to end before it terminates them.
+constexpr DWORD kShutdownStopMs = 5000;
 
 }  // namespace
 
@@ -41,6 +45,7 @@ TThreadPool::~TThreadPool() noexcept = default;
 // Under the queue lock, so that the all-done event follows the count in
 // the order the count changes.
 bool TThreadPool::TryQueueJob(SmartPtr<IThreadJob> job) {
+  if (!job) ThrowSystemException(ERROR_INVALID_PARAMETER);
   write_hold hold(queue_lock);
   if (queue.size() >= max_queue_length) return false;
   queue.push_back(job);
@@ -73,13 +78,14 @@ void TThreadPool::SetLimits(unsigned max_total, unsigned min_idle, int thread_pr
   while (NeedMoreThreads()) AddThread();
 }
 
-bool TThreadPool::WaitForAllJobs(unsigned timeout_ms) {
-  return all_done.Signaled(static_cast<int>(timeout_ms));
-}
+// Only the time-out answers false: a procedure call that returns does not
+// end the wait.
+bool TThreadPool::WaitForAllJobs(unsigned timeout_ms) { return WaitOutlastingCalls(all_done, timeout_ms); }
 
 // The semaphore is emptied with waits that run no procedure calls: an
 // interruption between taking counts and clearing the queue would leave
-// jobs that no count announces. The dropped jobs are let go after the lock.
+// jobs that no count announces. The dropped jobs are given up and let go
+// after the lock.
 void TThreadPool::ClearQueue() {
   std::deque<SmartPtr<IThreadJob>> dropped;
   {
@@ -91,10 +97,14 @@ void TThreadPool::ClearQueue() {
     const int count = static_cast<int>(dropped.size());
     if (count != 0 && running_jobs.fetch_sub(count) == count) all_done.Set();
   }
+  for (const SmartPtr<IThreadJob>& job : dropped) job->Abandon();
 }
 
-// Interrupting waits for each worker to end; the contexts are let go after
-// the threads lock, since letting go may wait for a thread too.
+// Every worker is asked to stop (and retired, so that no Cancel revives
+// one) before any is waited for: all of them share one bound, and only
+// those still alive after it are terminated. Their jobs are settled by
+// the stops. The contexts are let go after the threads lock, since letting
+// go may wait for a thread too.
 void TThreadPool::Shutdown() {
   min_idle_threads.store(0);
   max_total_threads.store(0);
@@ -104,13 +114,15 @@ void TThreadPool::Shutdown() {
     read_hold hold(threads_lock);
     workers = threads;
   }
-  for (const SmartPtr<IThreadContext>& worker : workers) worker->Interrupt();
+  for (const SmartPtr<IThreadContext>& worker : workers) worker->BeginStop();
+  const DWORD deadline = GetTickCount() + kShutdownStopMs;
+  for (const SmartPtr<IThreadContext>& worker : workers) worker->FinishStop(deadline);
   ClearQueue();
   SmartPtr<IThreadContext> exited;
   {
     write_hold hold(threads_lock);
-    threads.clear();
-    thread_count.store(0);
+    for (const SmartPtr<IThreadContext>& worker : workers) threads.erase(worker);
+    thread_count.store(threads.size());
     exited = std::move(last_exited);
   }
 }

@@ -9,7 +9,7 @@
 #include <utility>
 
 TThreadTask::TThreadTask()
-    : started_event(true, false), finished_event(true, false), exception(nullptr), runner_thread(0) {
+    : started_event(true, false), finished_event(true, false), exception(nullptr), life(Life::queued), runner_thread(0) {
   InitializeSRWLock(&context_lock);
 }
 
@@ -69,55 +69,92 @@ void TThreadTask::SetPriority(int priority) {
   if (const SmartPtr<IThreadContext> worker = CurrentContext()) worker->SetPriority(priority);
 }
 
-SmartPtr<IThreadContext> TThreadTask::TakeContextToInterrupt() {
-  AcquireSRWLockExclusive(&context_lock);
-  SmartPtr<IThreadContext> taken;
-  if (runner_thread != GetCurrentThreadId()) taken = std::move(context);
-  ReleaseSRWLockExclusive(&context_lock);
-  return taken;
-}
-
-// Taking the context decides the race with the end of the work: whoever
-// takes it first owns the worker's end. So an interruption goes only to a
-// worker still inside this task, and that worker waits for it (RunOn). A
-// context left behind (the task cancelled itself, or its work had not yet
-// begun) is the worker's to let go.
-// The worker is replaced so that the pool keeps its strength; a failure to
-// start the new thread must not make the cancel fail.
+// The state decides every race: a worker starts only a queued task, and a
+// Cancel interrupts only a worker still inside the work, which has then
+// handed the worker over (context) together with the state. A second
+// Cancel meanwhile waits for the first one's end, so that it too returns
+// only once the work is over. The worker is replaced so that the pool
+// keeps its strength; a failure to start the new thread must not make the
+// cancel fail.
 void TThreadTask::Cancel() {
-  if (const SmartPtr<IThreadContext> worker = TakeContextToInterrupt()) {
-    worker->Interrupt();
+  SmartPtr<IThreadContext> worker;
+  bool stopping = false;
+  AcquireSRWLockExclusive(&context_lock);
+  const bool on_worker = runner_thread == GetCurrentThreadId();
+  if (life == Life::queued) {
+    life = Life::cancelled;
+  } else if (life == Life::running && !on_worker) {
+    life = Life::stopping;
+    worker = std::move(context);
+  } else if (life == Life::stopping && !on_worker) {
+    stopping = true;
+  }
+  ReleaseSRWLockExclusive(&context_lock);
+  if (stopping) {
+    finished_event.WaitForSignal();
+    return;
+  }
+  if (worker) {
+    try {
+      worker->Interrupt();
+    } catch (...) {
+      EndCancel();  // other Cancels must not wait for ever
+      throw;
+    }
     try {
       worker->Start();
     } catch (...) {
     }
   }
+  EndCancel();
+}
+
+void TThreadTask::EndCancel() {
+  AcquireSRWLockExclusive(&context_lock);
+  if (life == Life::stopping) life = Life::cancelled;
+  ReleaseSRWLockExclusive(&context_lock);
   finished_event.Set();
 }
 
-namespace {
-
-// A Cancel took the worker while the work was ending and has sent, or is
-// sending, its interruption: the procedure call that throws it runs here.
-[[noreturn]] void await_interruption() {
-  for (;;) SleepEx(INFINITE, TRUE);
+// A dropped task never started; a terminated worker's task never finished
+// by itself. Either way it ends now, without a worker.
+void TThreadTask::Abandon() noexcept {
+  AcquireSRWLockExclusive(&context_lock);
+  if (life == Life::queued || life == Life::running) life = Life::cancelled;
+  ReleaseSRWLockExclusive(&context_lock);
+  try {
+    finished_event.Set();
+  } catch (...) {
+    // Only a broken event can fail here; nothing else would be set either.
+  }
+  TakeContext();
 }
 
-}  // namespace
-
-// A task cancelled before a worker reached it never runs its work.
-void TThreadTask::RunOn(SmartPtr<IThreadContext> worker) {
-  if (IsFinished()) return;
+bool TThreadTask::EndRun() {
   AcquireSRWLockExclusive(&context_lock);
-  context = worker;
-  runner_thread = GetCurrentThreadId();
+  const bool own = life == Life::running;
+  if (own) life = Life::finished;
   ReleaseSRWLockExclusive(&context_lock);
+  if (own) TaskFinished();
+  return own;
+}
+
+void TThreadTask::RunOn(IThreadContext& worker) {
+  AcquireSRWLockExclusive(&context_lock);
+  const bool start = life == Life::queued;
+  if (start) {
+    life = Life::running;
+    context = &worker;
+    runner_thread = GetCurrentThreadId();
+  }
+  ReleaseSRWLockExclusive(&context_lock);
+  if (!start) return;  // cancelled before a worker reached it
   TaskStarted();
   EGeneric* kept = nullptr;
   try {
     Execute();
   } catch (const EThreadInterrupt&) {
-    TaskFinished();
+    EndRun();  // a Shutdown's interruption finishes it; a Cancel's Cancel does
     throw;
   } catch (const EGeneric& e) {
     kept = new EGeneric(e);
@@ -127,7 +164,8 @@ void TThreadTask::RunOn(SmartPtr<IThreadContext> worker) {
     kept = new EGeneric({"Text", "Unknown exception"});
   }
   delete std::exchange(exception, kept);
-  const bool cancelled = !TakeContext();
-  TaskFinished();
-  if (cancelled) await_interruption();
+  // A Cancel took the worker while the work was ending and is stopping it:
+  // the worker ends here rather than wait for the interruption, which must
+  // not land in its next job.
+  if (!EndRun()) throw EThreadInterrupt();
 }

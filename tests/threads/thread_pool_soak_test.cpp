@@ -1,16 +1,18 @@
-// Many producers, short jobs, throwing jobs, cancelled tasks, ClearQueue
-// and SetLimits all at once: every job runs once or never, the pool ends
-// all done, and Shutdown leaves no thread and no handle behind.
+// Four producers queue jobs and tasks (some throwing) while two threads
+// cancel tasks at random moments and a third clears the queue and changes
+// the limits; then the pool is shut down with work still queued and
+// running. Every job runs once or is given up, never both; every task ends
+// in exactly one state; the running count balances; Shutdown leaves no
+// thread and no handle behind.
 //
 // Runs QZ_SOAK_SECONDS seconds (3 unless set):
 //   QZ_SOAK_SECONDS=600 scripts/wine-run build/bin/qz_threads_tests.exe --gtest_filter='ThreadPoolSoak.*'
+#include <qz/errors/exceptions.h>
 #include <qz/errors/generic.h>
 #include <qz/threads/thread_pool.h>
 
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
-
-#include <tlhelp32.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,65 +27,66 @@ namespace {
 using qz_test::Eventually;
 using qz_test::WorkerThread;
 using threads_test::Field;
+using threads_test::LibraryThreads;
 
 struct Tally {
-  std::atomic<long long> created{0}, ran{0}, never_ran{0}, ran_twice{0}, kept_exceptions{0};
+  std::atomic<long long> created{0}, ran{0}, never_ran{0}, ran_twice{0}, abandoned{0}, kept_exceptions{0};
+  // How each task ended; `broken` counts those in no single state.
+  std::atomic<long long> completed{0}, interrupted{0}, never_started{0}, broken{0};
 };
 
 // A job or task that counts its runs and, when it goes, notes whether it ran
-// once, never or twice. Tasks sleep alertably, so that a Cancel can reach them.
+// once, never or twice, and how a task ended. Tasks sleep alertably, so
+// that a Cancel can reach them.
 template <class Base>
 class Soak : public Base {
   static constexpr bool kTask = std::is_same<Base, TThreadTask>::value;
 
  public:
-  Soak(Tally& tally, bool throws) : tally_(tally), throws_(throws) { ++tally_.created; }
+  Soak(Tally& tally, bool throws, DWORD sleep_ms = 1) : tally_(tally), throws_(throws), sleep_ms_(sleep_ms) {
+    ++tally_.created;
+  }
   ~Soak() override {
     const int runs = runs_;
     ++(runs == 0 ? tally_.never_ran : runs == 1 ? tally_.ran : tally_.ran_twice);
-    if constexpr (kTask) tally_.kept_exceptions += this->IsException();
+    if constexpr (kTask) {
+      tally_.kept_exceptions += this->IsException();
+      ++(EndState(runs));
+    }
   }
   void Execute() override {
     ++runs_;
-    if constexpr (kTask) TThread::Sleep(1, 1);
+    if constexpr (kTask) {
+      try {
+        TThread::Sleep(sleep_ms_, 1);
+      } catch (const EThreadInterrupt&) {
+        interrupted_ = true;
+        throw;
+      }
+    }
     if (throws_) throw EGeneric({"Text", "soak"});
+  }
+  void Abandon() noexcept override {
+    ++tally_.abandoned;
+    Base::Abandon();
   }
 
  private:
+  std::atomic<long long>& EndState(int runs) {
+    TThreadTask& task = *this;
+    if (!task.IsFinished() || runs > 1 || task.IsStarted() != (runs == 1)) return tally_.broken;
+    if (runs == 0) return tally_.never_started;
+    return interrupted_ ? tally_.interrupted : tally_.completed;
+  }
+
   Tally& tally_;
   const bool throws_;
+  const DWORD sleep_ms_;
   std::atomic<int> runs_{0};
+  std::atomic<bool> interrupted_{false};
 };
 using SoakJob = Soak<IThreadJob>;
 using SoakTask = Soak<TThreadTask>;
-
-// Threads of this process started through the C runtime's thread start,
-// as every library thread is (the test's own threads are not).
-int LibraryThreads() {
-  using query_t = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
-  const auto query = reinterpret_cast<query_t>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationThread")));
-  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-  THREADENTRY32 entry{};
-  entry.dwSize = sizeof entry;
-  int count = 0;
-  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
-    const HANDLE thread = entry.th32OwnerProcessID != GetCurrentProcessId()
-                              ? nullptr
-                              : OpenThread(THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID);
-    if (thread == nullptr) continue;
-    void* start = nullptr;
-    HMODULE module = nullptr;
-    constexpr int kWin32StartAddress = 9;
-    count += query(thread, kWin32StartAddress, &start, sizeof start, nullptr) == 0 &&
-             GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                                static_cast<LPCWSTR>(start), &module) &&
-             module == GetModuleHandleW(L"msvcrt.dll");
-    CloseHandle(thread);
-  }
-  CloseHandle(snapshot);
-  return count;
-}
 
 TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
   qz_test::CapturedStream debug(Debug);  // the throwing jobs' lines stay off the debugger
@@ -106,18 +109,18 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
   };
   const int threads_before = LibraryThreads();
   const DWORD handles_before = handles();
+  std::atomic<long long> refused{0}, cancels{0}, clears{0};
   {
     SmartPtr<IThreadPool> pool = CreateNewThreadPool(8, 2, 0, 200000);
     std::atomic<bool> stop{false};
     std::mutex tasks_lock;
     std::vector<SmartPtr<SoakTask>> recent_tasks;
-    std::atomic<long long> overflows{0}, cancels{0}, clears{0};
     const auto produce = [&](unsigned seed) {
       std::mt19937 random(seed);
       for (long long i = 0; !stop; ++i) {
         try {
           if (i % 10 == 0) {
-            SmartPtr<SoakTask> task = new SoakTask(tally, random() % 3 == 0);
+            SmartPtr<SoakTask> task = new SoakTask(tally, random() % 3 == 0, 1 + random() % 8);
             pool->QueueJob(task);
             std::lock_guard<std::mutex> hold(tasks_lock);
             recent_tasks.push_back(task);
@@ -125,27 +128,33 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
             pool->QueueJob(new SoakJob(tally, i % 1000 == 1));
           }
         } catch (const EGeneric&) {
-          ++overflows;  // the job was never queued
+          ++refused;  // the job was never queued
           Sleep(1);
         }
       }
     };
-    // Every 2 ms cancels a recent task (waiting, running or done); every
-    // 20 ms changes the limits or, now and then, clears the queue.
-    const auto disturb = [&] {
-      std::mt19937 random(7);
-      for (int i = 1; !stop; ++i, Sleep(2)) {
+    // Cancels a recent task (running when a few picks find one, else queued or
+// done) every 0-3 ms.
+    const auto cancel = [&](unsigned seed) {
+      std::mt19937 random(seed);
+      for (; !stop; Sleep(random() % 4)) {
         SmartPtr<SoakTask> task;
         {
+          // Running tasks are rare among the recent ones: a few picks find one.
           std::lock_guard<std::mutex> hold(tasks_lock);
-          if (!recent_tasks.empty()) task = recent_tasks[random() % recent_tasks.size()];
+          for (int pick = 0; pick < 8 && !recent_tasks.empty() && !(task && task->IsRunning()); ++pick)
+            task = recent_tasks[random() % recent_tasks.size()];
           if (recent_tasks.size() > 1000) recent_tasks.clear();
         }
-        if (task) {
-          task->Cancel();
-          ++cancels;
-        }
-        if (i % 10 != 0) continue;
+        if (!task) continue;
+        task->Cancel();
+        ++cancels;
+      }
+    };
+    // Every 20 ms changes the limits or, now and then, clears the queue.
+    const auto disturb = [&] {
+      std::mt19937 random(7);
+      for (; !stop; Sleep(20)) {
         if (random() % 10 == 0) {
           pool->ClearQueue();
           ++clears;
@@ -156,26 +165,33 @@ TEST(ThreadPoolSoak, EveryJobIsAccountedForAndNothingIsLeftBehind) {
     };
     std::vector<std::unique_ptr<WorkerThread>> actors;
     for (unsigned i = 0; i < 4; ++i) actors.emplace_back(new WorkerThread([&, i] { produce(i + 1); }));
+    for (unsigned i = 0; i < 2; ++i) actors.emplace_back(new WorkerThread([&, i] { cancel(i + 11); }));
     actors.emplace_back(new WorkerThread(disturb));
     Sleep(soak_ms);
+    EXPECT_GT(LibraryThreads(), threads_before) << "the count does not see the workers";
     stop = true;
     for (auto& actor : actors) {
       ASSERT_TRUE(actor->Join(60000));
       EXPECT_EQ(actor->error(), "");
     }
-    EXPECT_GT(LibraryThreads(), threads_before) << "the count does not see the workers";
-    pool->SetLimits(8, 0, 0);
-    EXPECT_TRUE(pool->WaitForAllJobs(120000)) << pool->ToString();
+    // Work is still queued and running here.
+    pool->SetLimits(8, 2, 0);
+    pool->Shutdown();
+    EXPECT_TRUE(pool->WaitForAllJobs(0)) << pool->ToString();
     EXPECT_EQ(Field(*pool, "RunningJobs"), 0);
     EXPECT_EQ(Field(*pool, "Queue"), 0);
-    pool->Shutdown();
     EXPECT_EQ(Field(*pool, "Threads"), 0);
-    std::printf("%lld jobs, %lld ran, %lld never ran (%lld refused), %lld cancels, %lld clears\n",
-                tally.created.load(), tally.ran.load(), tally.never_ran.load(), overflows.load(), cancels.load(),
-                clears.load());
+    recent_tasks.clear();
   }
+  std::printf("%lld jobs: %lld ran, %lld never ran (%lld given up, %lld refused); tasks: %lld completed, "
+              "%lld interrupted, %lld never started, %lld in no single state; %lld cancels, %lld clears\n",
+              tally.created.load(), tally.ran.load(), tally.never_ran.load(), tally.abandoned.load(), refused.load(),
+              tally.completed.load(), tally.interrupted.load(), tally.never_started.load(), tally.broken.load(),
+              cancels.load(), clears.load());
   EXPECT_EQ(tally.ran_twice, 0);
+  EXPECT_EQ(tally.broken, 0);
   EXPECT_EQ(tally.created, tally.ran + tally.never_ran);
+  EXPECT_LE(tally.abandoned + refused, tally.never_ran) << "given up and run";
   EXPECT_GT(tally.created, 1000);
   EXPECT_GT(tally.ran, 20);  // low enough for a machine busy with other work
   EXPECT_GT(tally.kept_exceptions, 1) << "beyond the warm-up's";

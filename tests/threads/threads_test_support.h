@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
+#include <tlhelp32.h>
 
 #include <atomic>
 #include <functional>
@@ -91,6 +92,34 @@ inline int Field(const SmartPtrObj& pool, const std::string& name) {
   const std::string text = pool.ToString();
   const size_t at = text.find(" " + name + "=");
   return at == std::string::npos ? -1 : std::stoi(text.substr(at + name.size() + 2));
+}
+
+// Threads of this process started through the C runtime's thread start,
+// as every library thread is (the test's own threads are not).
+inline int LibraryThreads() {
+  using query_t = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
+  const auto query = reinterpret_cast<query_t>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationThread")));
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  int count = 0;
+  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+    const HANDLE thread = entry.th32OwnerProcessID != GetCurrentProcessId()
+                              ? nullptr
+                              : OpenThread(THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID);
+    if (thread == nullptr) continue;
+    void* start = nullptr;
+    HMODULE module = nullptr;
+    constexpr int kWin32StartAddress = 9;
+    count += query(thread, kWin32StartAddress, &start, sizeof start, nullptr) == 0 &&
+             GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                                static_cast<LPCWSTR>(start), &module) &&
+             module == GetModuleHandleW(L"msvcrt.dll");
+    CloseHandle(thread);
+  }
+  CloseHandle(snapshot);
+  return count;
 }
 
 }  // namespace threads_test

@@ -2,6 +2,11 @@
 // the operating system. Recursive for the owning thread: every Lock() needs
 // its own Unlock().
 //
+// Lock waits without end and not alertably (the system's critical section
+// cannot): it is no interruption point, and a thread blocked in it ends
+// only by termination. Where a waiting thread must stay interruptible, use
+// TMutex or TMultiLock.
+//
 // Thread safety: Lock and Unlock may be called from any thread; a thread
 // unlocks only what it locked.
 #pragma once

@@ -18,10 +18,11 @@
 // for overflow handling, then runs the body.
 //
 // Interruption. InterruptThread queues a user procedure call to the thread
-// that throws EThreadInterrupt at the body's next alertable wait (every lock
-// and wait of the library is one, and so are TThread::Sleep(ms, 1) and
-// Pause), so the body unwinds through its destructors and leaves every lock
-// whole. A body that never waits alertably cannot be interrupted: it is
+// that throws EThreadInterrupt at the body's next alertable wait (the waits
+// of TEvent, TMutex, TSemaphore and TMultiLock, TThread::Sleep(ms, 1) and
+// Pause; not TCriticalSection::Lock, which the system does not make
+// alertable), so the body unwinds through its destructors and leaves every
+// lock whole. A body that never waits alertably cannot be interrupted: it is
 // terminated when the stop time-out passes. An interruption asked for
 // before the body runs (or before StartThread) means the body never runs.
 //
@@ -100,6 +101,10 @@ class QZ_API TThreadClass : public TThread {
   // The entry of every thread StartThread makes; `object` is the
   // TThreadClass.
   static unsigned int StaticThreadEntry(void* object);
+  // The middle step of InterruptThread, without waiting: queues the
+  // interruption to a running body, or marks a body that has not started
+  // never to run. The caller owns the handle meanwhile (no StartThread).
+  void RequestInterrupt();
 
   std::atomic<int> thread_state;
 

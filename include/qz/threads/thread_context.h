@@ -6,25 +6,39 @@
 //   for (;;) {
 //     job = owner->GetNextJob(self);        // blocks; null: the worker ends
 //     if (!job) { owner->OnThreadExit(self); break; }
-//     run job;                              // every exception caught
+//     job->RunOn(*self);                    // every exception caught
 //     owner->OnJobDone(self);
 //   }
 //
-// A job that is a TThreadTask is also told when it starts and finishes, and
-// learns the worker that runs it (so that it can be cancelled, suspended or
-// re-prioritised), and keeps an exception it ended with.
+// The worker knows jobs only as IThreadJob: a job that wants to know its
+// worker (a TThreadTask, to be cancelled, suspended or re-prioritised)
+// learns it in RunOn.
 //
 // Interruption ends the worker's thread: EThreadInterrupt thrown inside a
 // job (the job is done, OnJobDone is told) or while the worker waits for
 // one ends the loop without OnThreadExit. The context stays with its owner:
 // whoever interrupted it either starts a fresh thread on it (a task's
-// Cancel) or removes it (a pool's Shutdown). A worker that had to be
-// terminated inside a job has its job reported done by Interrupt, so the
-// owner's count of running jobs stays true. Interrupt and Start called on
-// the worker's own thread do nothing.
+// Cancel) or stops it for good (a pool's Shutdown).
 //
-// Thread safety: every operation may be called from any thread. A context
-// is owned by its owner (SmartPtr); its thread keeps it alive while it runs.
+// Accounting. A job is counted done exactly once, by whoever ends it: the
+// worker when the job returns or unwinds; the interrupter when the worker
+// had to be terminated inside it, after the thread is gone. The
+// interrupter then abandons the job (IThreadJob::Abandon) and tells the
+// owner (OnJobDone), so the owner's count of running jobs stays true.
+//
+// Stopping. Interrupt asks the thread to end (EThreadInterrupt at its next
+// alertable wait), waits up to 5000 ms and terminates it then. An owner
+// that stops many workers splits that: BeginStop on each (asks, returns at
+// once, and retires the worker so that no later Start revives it), then
+// FinishStop on each against one deadline. Interrupt, BeginStop,
+// FinishStop and Start called on the worker's own thread do not wait for
+// it: the worker ends after its current job.
+//
+// Thread safety: every operation may be called from any thread, also
+// several at once on one worker: starts, interruptions and stops of one
+// worker are serialised, and each waits on the thread it asked to end (a
+// handle of its own), never on one a restart replaced. A context is owned
+// by its owner (SmartPtr); its thread keeps it alive while it runs.
 #pragma once
 
 #include <qz/core/smart_ptr.h>
@@ -43,8 +57,14 @@ class QZ_API IThreadContext : public virtual SmartPtrObj {
   virtual void Suspend() = 0;
   virtual void Resume() = 0;
   virtual void SetPriority(int priority) = 0;
-  // Starts a thread running the worker loop; nothing while one still runs.
+  // Starts a thread running the worker loop; nothing while one still runs,
+  // and nothing once the worker was retired (BeginStop) or its loop ended.
   virtual void Start() = 0;
+  // Retires the worker and asks its thread to end; returns at once.
+  virtual void BeginStop() = 0;
+  // Waits for the thread until the tick count reaches `deadline`, then
+  // terminates it (and settles its job, as above).
+  virtual void FinishStop(unsigned long deadline) = 0;
 };
 
 class QZ_API IThreadOwner : public virtual SmartPtrObj {

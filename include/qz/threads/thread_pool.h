@@ -15,26 +15,34 @@
 // a job: a worker already waiting for one may still take the next job.
 //
 // Accounting. "Running jobs" counts jobs queued or running: +1 by QueueJob,
-// -1 when a job has run or ClearQueue dropped it. The all-done event
-// (WaitForAllJobs) is set exactly while it is 0.
+// -1 exactly once per job, by whoever ends it: the worker when the job has
+// run, ClearQueue when it dropped it, the stop that had to terminate the
+// worker inside it. The all-done event (WaitForAllJobs) is set exactly
+// while it is 0. A job given up unrun is told so (IThreadJob::Abandon): a
+// dropped or terminated TThreadTask ends finished, so its waiters wake.
+//
+// Bad input. A null job is refused with ESystemException
+// (ERROR_INVALID_PARAMETER) by QueueJob and TryQueueJob; no count changes.
 //
 // Overflow. A queue already holding max queue length jobs makes QueueJob
 // throw EGeneric with, in this order, "Text" = "Thread pool overflowed",
 // "JobQueueSize" = the queue length and "ThreadsSize" = the thread count;
 // nothing is queued then. TryQueueJob answers false instead.
 //
-// Shutdown: both limits to 0, the queue dropped, every worker interrupted
-// (EThreadInterrupt at its job's next alertable wait; one that does not end
-// within 5000 ms is terminated, and its job counts as done) and released,
-// the queue dropped again. It returns when the workers have ended. A task
-// whose worker was terminated is never marked finished: Cancel it.
+// Shutdown: both limits to 0, the queue dropped, every worker asked to stop
+// at once (EThreadInterrupt at its job's next alertable wait) and retired,
+// so that no task's Cancel restarts it; then all of them are waited for
+// within one bound of 5000 ms, and those still alive after it are
+// terminated (their jobs count as done, their tasks end finished). The
+// queue is dropped again, and the workers are released. It returns when
+// the workers have ended; the pool keeps no thread afterwards.
 //
 // Cost. Queueing is a push under the queue lock and one semaphore release
 // (plus an event reset when the pool was all done); a worker pays one
 // semaphore wait, a pop under the queue lock and the done count under it
 // again. `scripts/bench pool` (Wine, 4 workers, empty jobs) puts the pool at
-// 1.0-1.07x the throughput of a bare pool built from the same lock and
-// semaphore, for 1, 2 and 4 producers.
+// 0.92-1.09x the throughput of a bare pool built from the same lock and
+// semaphore, for 1, 2 and 4 producers (five runs on a shared machine).
 //
 // Text form (ToString), e.g. for the default pool before any work:
 //   Thread Pool 0x<low 32 bits of the address, lower-case hex> RunningJobs=0
@@ -74,9 +82,12 @@ class QZ_API IThreadPool : public virtual SmartPtrObj {
   virtual void Shutdown() = 0;
   // Stores the limits, then starts workers while jobs wait without one.
   virtual void SetLimits(unsigned max_total, unsigned min_idle, int priority) = 0;
-  // True when every queued job has run (or was dropped) within the time-out.
+  // True when every queued job has run (or was dropped) within the time-out;
+  // an alertable wait that procedure calls which return do not end (an
+  // interruption ends it by its exception).
   virtual bool WaitForAllJobs(unsigned timeout_ms) = 0;
-  // Drops the jobs that have not started; running ones go on.
+  // Drops the jobs that have not started, abandoning each (a task ends
+  // finished, never started); running ones go on.
   virtual void ClearQueue() = 0;
 };
 

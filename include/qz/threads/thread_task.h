@@ -8,10 +8,17 @@
 //   if (!task->WaitForFinish(30000)) task->Cancel();
 //   if (task->IsException()) task->RethrowException();
 //
-// Life: created -> started (the worker calls TaskStarted before Execute) ->
-// finished (TaskFinished after it, or Cancel). Both events are manual-reset
-// and never reset again: a task runs once. IsRunning is true only between
-// the two.
+// Life, one state changed only by single steps under the task's lock:
+//
+//   queued ---(a worker takes it)---> running ---(the work ends)---> finished
+//     |                                 |
+//     | Cancel, ClearQueue, Shutdown    | Cancel from another thread:
+//     v                                 v it interrupts the worker
+//   cancelled <--(the worker ended)-- stopping
+//
+// TaskStarted is called as the task enters running, TaskFinished as it
+// leaves it by itself. Both events are manual-reset and never reset again:
+// a task runs once. IsRunning is true only between the two events.
 //
 // An exception that leaves Execute is kept as an EGeneric copy: an EGeneric
 // with all its values; any other std::exception as "Text" (its message) and
@@ -19,16 +26,23 @@
 // RethrowException throws a copy of it (an EGeneric, whatever the original
 // class was). EThreadInterrupt (a Cancel) is not kept.
 //
-// Cancel marks the task finished in every case. While the work runs, it
-// also interrupts the worker (EThreadInterrupt at the work's next alertable
-// wait; a worker that does not end within 5000 ms is terminated, and the
-// job counts as done all the same) and starts a fresh thread in the
-// worker's place, so the pool keeps its strength.
-// Cancel from the task's own work only marks it finished. A Cancel that
-// comes while the work runs without waiting alertably reaches the worker
-// when the work returns: the worker waits for the interruption there, so it
-// never lands in the next job. Work that neither waits nor returns within
-// the 5000 ms is ended by termination.
+// Cancel. After Cancel returns the work has either never begun (and never
+// will) or is over, and the finished event is set. A queued task is just
+// marked: no worker will start it. A running one is interrupted
+// (EThreadInterrupt at the work's next alertable wait; a worker that does
+// not end within 5000 ms is terminated, and the job counts as done all the
+// same); Cancel waits for that, then starts a fresh thread in the worker's
+// place, so the pool keeps its strength. Another Cancel meanwhile waits
+// for the first one to end. A Cancel that comes while the
+// work runs without waiting alertably ends the worker as the work returns:
+// the interruption never lands in the next job. Cancel from the task's own
+// work only sets the finished event; the work goes on to its end (it is
+// the caller). Cancel after the task finished does nothing more.
+//
+// Given up by the pool. A task that ClearQueue or Shutdown drops from the
+// queue ends as if cancelled before it started: finished, never started,
+// so its waiters wake. A task whose worker Shutdown had to terminate is
+// finished too.
 //
 // A task is a counted object, whose destructor cannot throw: a task with a
 // member whose destructor may (a TEvent, any THandle) declares its own
@@ -38,8 +52,9 @@
 // runs, and do nothing otherwise. A priority set so stays with the worker.
 //
 // Thread safety: any number of threads may wait, ask and Cancel at once;
-// the worker context is handed over under a lock, so TaskFinished and
-// Cancel release it exactly once.
+// the state and the worker context change together under a lock, so the
+// work starts at most once and TaskFinished and Cancel release the context
+// exactly once.
 #pragma once
 
 #include <qz/core/smart_ptr.h>
@@ -73,7 +88,6 @@ class QZ_API IThreadTask : public IThreadJob {
   virtual void TaskFinished() = 0;
 };
 
-class TThreadContext;
 
 class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
  public:
@@ -94,6 +108,13 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   void RethrowException() override;
   bool IsRunning() const override;
 
+  // The worker's side (IThreadJob): runs the work between TaskStarted and
+  // TaskFinished unless the task was cancelled first, keeping its
+  // exception; passes EThreadInterrupt on.
+  void RunOn(IThreadContext& worker) override;
+  // The pool gives the task up: it ends finished (see above).
+  void Abandon() noexcept override;
+
  protected:
   // Sets the started event.
   void TaskStarted() override;
@@ -108,17 +129,22 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   EGeneric* exception;
 
  private:
-  friend class TThreadContext;
+  // `stopping`: cancelled while running; the Cancel that took the worker
+  // is interrupting it.
+  enum class Life { queued, running, stopping, finished, cancelled };
 
-  // The worker's side: runs the work between TaskStarted and TaskFinished,
-  // keeping its exception; passes EThreadInterrupt on.
-  void RunOn(SmartPtr<IThreadContext> worker);
   SmartPtr<IThreadContext> CurrentContext() const;
   SmartPtr<IThreadContext> TakeContext();
-  // Cancel's side: the worker, taken unless the caller is the worker itself.
-  SmartPtr<IThreadContext> TakeContextToInterrupt();
+  // The work has ended on the worker: running becomes finished and true;
+  // false when a Cancel took the task meanwhile.
+  bool EndRun();
+  // The end of every Cancel but a waiting one: stopping becomes cancelled,
+  // and the finished event is set.
+  void EndCancel();
 
   mutable SRWLOCK context_lock;
+  // Under context_lock.
+  Life life;
   // The thread running the work, under context_lock; 0 before it starts.
   DWORD runner_thread;
 };

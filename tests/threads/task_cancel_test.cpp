@@ -1,0 +1,129 @@
+// TThreadTask on its failure paths: a Cancel racing the worker that picks
+// the task up, and a task dropped from the queue.
+#include <qz/threads/thread_pool.h>
+
+#include "support/test_threads.h"
+#include "threads/threads_test_support.h"
+
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+using threads_test::LambdaTask;
+
+// Notes how often its work began and how often it left (by any way), and
+// what both counts were when Cancel returned.
+class Probe : public TThreadTask {
+ public:
+  void Execute() override {
+    ++entered;
+    struct Leave {
+      std::atomic<int>& left;
+      ~Leave() { ++left; }
+    } leave{left};
+    for (int i = 0; i < 20; ++i) TThread::Sleep(10, 1);
+  }
+  void CancelAndNote() {
+    Cancel();
+    entered_at_cancel = entered.load();
+    left_at_cancel = left.load();
+  }
+
+  std::atomic<int> entered{0}, left{0};
+  int entered_at_cancel = 0, left_at_cancel = 0;
+};
+
+// After Cancel returns the work has either never begun or is over, and it
+// never begins later. The race is with a worker taking the task from the
+// queue at the same moment, so it is tried many times.
+TEST(TaskCancel, CancelRightAfterQueueingNeverLeavesTheWorkRunning) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(4, 4);
+  constexpr int kTries = 10000;
+  std::vector<SmartPtr<Probe>> probes;
+  probes.reserve(kTries);
+  int running_after_cancel = 0, interrupted = 0;
+  for (int i = 0; i < kTries; ++i) {
+    SmartPtr<Probe> probe = new Probe;
+    pool->QueueJob(probe);
+    for (int spin = i % 4 == 0 ? i % 200 : 0; spin > 0; --spin) YieldProcessor();  // land at other moments too
+    probe->CancelAndNote();
+    running_after_cancel += probe->entered_at_cancel != probe->left_at_cancel;
+    interrupted += probe->entered_at_cancel;
+    probes.push_back(probe);
+  }
+  ASSERT_TRUE(pool->WaitForAllJobs(60000)) << pool->ToString();
+  int started_after_cancel = 0;
+  for (const SmartPtr<Probe>& probe : probes) {
+    started_after_cancel += probe->entered != probe->entered_at_cancel;
+    EXPECT_TRUE(probe->IsFinished());
+  }
+  EXPECT_EQ(running_after_cancel, 0) << "of " << kTries << " tries";
+  EXPECT_EQ(started_after_cancel, 0) << "of " << kTries << " tries";
+  std::printf("%d of %d cancels interrupted begun work\n", interrupted, kTries);
+  pool->Shutdown();
+}
+
+// A dropped task ends as if cancelled before it started: its waiters wake
+// and its work never runs, whether ClearQueue or Shutdown dropped it.
+TEST(TaskCancel, ATaskDroppedFromTheQueueEndsAsCancelledBeforeItStarted) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(0, 0);
+  std::atomic<int> ran{0};
+  SmartPtr<LambdaTask> cleared = new LambdaTask([&] { ++ran; });
+  SmartPtr<LambdaTask> shut_down = new LambdaTask([&] { ++ran; });
+  pool->QueueJob(cleared);
+  std::atomic<bool> woke{false};
+  qz_test::WorkerThread waiter([&] { woke = cleared->WaitForFinish(20000); });
+  Sleep(20);
+  pool->ClearQueue();
+  ASSERT_TRUE(waiter.Join(10000));
+  EXPECT_TRUE(woke);
+  pool->QueueJob(shut_down);
+  pool->Shutdown();
+  for (LambdaTask* task : {cleared.get(), shut_down.get()}) {
+    EXPECT_TRUE(task->IsFinished());
+    EXPECT_FALSE(task->IsStarted());
+    EXPECT_FALSE(task->IsException());
+  }
+  pool->SetLimits(2, 0, 0);
+  EXPECT_TRUE(pool->WaitForAllJobs(10000));
+  EXPECT_EQ(ran, 0);
+  pool->Shutdown();
+}
+
+// Two threads cancel one running task whose work takes a while to unwind:
+// neither Cancel returns before the work is over.
+TEST(TaskCancel, EveryConcurrentCancelWaitsForTheWorkToEnd) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+  std::atomic<int> left{0};
+  SmartPtr<LambdaTask> task = new LambdaTask([&] {
+    struct SlowUnwind {
+      std::atomic<int>& left;
+      ~SlowUnwind() {
+        ::Sleep(300);
+        ++left;
+      }
+    } slow{left};
+    for (;;) TThread::Sleep(1000, 1);
+  });
+  pool->QueueJob(task);
+  ASSERT_TRUE(task->WaitForStart(10000));
+  std::atomic<int> left_seen[2] = {{-1}, {-1}};
+  {
+    qz_test::WorkerThread first([&] {
+      task->Cancel();
+      left_seen[0] = left.load();
+    });
+    Sleep(20);
+    qz_test::WorkerThread second([&] {
+      task->Cancel();
+      left_seen[1] = left.load();
+    });
+    ASSERT_TRUE(first.Join(20000) && second.Join(20000));
+  }
+  EXPECT_EQ(left_seen[0], 1);
+  EXPECT_EQ(left_seen[1], 1) << "the second Cancel returned while the work was still unwinding";
+  pool->Shutdown();
+}
+
+}  // namespace
