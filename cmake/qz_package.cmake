@@ -1,6 +1,7 @@
 # The installed package: qz.dll with its import library and headers, the GCC
-# runtime DLLs it needs, a relocatable CMake package (find_package(qz 0.1)),
-# and the toolchain file and Wine runner a consumer builds and runs with.
+# runtime DLLs it needs with their import libraries, a relocatable CMake
+# package (find_package(qz 0.1)), and the toolchain file and Wine runner a
+# consumer builds and runs with.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -12,16 +13,12 @@ install(TARGETS qz qz_non_call_exceptions EXPORT qzTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/qz DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${QZ_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${QZ_RUNTIME_IMPLIBS} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(EXPORT qzTargets NAMESPACE qz:: DESTINATION ${QZ_PACKAGE_DIR})
 
-set(QZ_RUNTIME_DLL_NAMES)
-foreach(dll ${QZ_RUNTIME_DLLS})
-  get_filename_component(name ${dll} NAME)
-  list(APPEND QZ_RUNTIME_DLL_NAMES ${name})
-endforeach()
 configure_package_config_file(cmake/qzConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/qzConfig.cmake
                               INSTALL_DESTINATION ${QZ_PACKAGE_DIR}
-                              PATH_VARS CMAKE_INSTALL_BINDIR)
+                              PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR)
 # Same major version: 0.1 accepts a request for 0.1 or 0.0.x, refuses 1.0 and 2.0.
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/qzConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)

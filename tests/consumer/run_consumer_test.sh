@@ -2,7 +2,8 @@
 # Installs the built qz into a temporary prefix, then configures, builds and
 # runs tests/consumer against it the way another project would: with the
 # installed toolchain file, find_package(qz 0.1) and the installed Wine
-# runner. The consumer asks for C++14, which qz::qz must lift to C++17.
+# runner; one program places its DLLs with TARGET_RUNTIME_DLLS alone, the
+# other with qz_copy_runtime_dlls. The consumer asks for C++14, which qz::qz must lift to C++17.
 # Usage: run_consumer_test.sh <qz build folder>
 set -eu
 build=$1
@@ -20,14 +21,16 @@ cmake -S "$source_dir" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
   -DCMAKE_TOOLCHAIN_FILE="$package/mingw-w64-posix.cmake" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_STANDARD=14 >/dev/null
 cmake --build "$work/build" >/dev/null
-for dll in qz.dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll; do
-  [ -f "$work/build/$dll" ] || { echo "$dll was not put beside the program"; exit 1; }
-done
-
-output=$("$package/wine-run" "$work/build/consumer.exe" | tr -d '\r')
 expected="consumer works (42)"
-if [ "$output" != "$expected" ]; then
-  echo "consumer printed '$output', expected '$expected'"
-  exit 1
-fi
-echo "an installed qz builds and runs in another project"
+for program in standard short; do
+  folder=$work/build/$program
+  for dll in qz.dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll; do
+    [ -f "$folder/$dll" ] || { echo "$dll was not put beside $program.exe"; exit 1; }
+  done
+  output=$("$package/wine-run" "$folder/$program.exe" | tr -d '\r')
+  if [ "$output" != "$expected" ]; then
+    echo "$program.exe printed '$output', expected '$expected'"
+    exit 1
+  fi
+done
+echo "an installed qz builds and runs in another project, its DLLs placed either way"
