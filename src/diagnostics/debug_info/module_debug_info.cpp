@@ -94,9 +94,10 @@ void module_debug_info::index_unit(std::uint32_t index) {
   attribute_value low, high, ranges;
   bool has_low = false, has_high = false, has_ranges = false;
   for (std::uint32_t i = 0; i < entry.count; ++i) {
-    const abbrev_attribute& spec = abbrevs.attributes[entry.first + i];
-    const attribute_value value = read_attribute(cursor, spec.form, spec.implicit_const, unit);
-    switch (spec.name) {
+    const abbrev_attribute& attribute = abbrevs.attributes[entry.first + i];
+    const attribute_value value =
+        read_attribute(cursor, attribute.form, attribute.implicit_const, unit);
+    switch (attribute.name) {
       case dw::at_low_pc: low = value; has_low = true; break;
       case dw::at_high_pc: high = value; has_high = true; break;
       case dw::at_ranges: ranges = value; has_ranges = true; break;

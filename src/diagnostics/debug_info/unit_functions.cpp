@@ -96,8 +96,9 @@ unit_functions::unit_functions(const dwarf_sections& sections, const unit_header
     const abbrev& a = abbrevs.find(code);
     entry_attributes attrs;
     for (std::uint32_t i = 0; i < a.count; ++i) {
-      const abbrev_attribute& spec = abbrevs.attributes[a.first + i];
-      note(attrs, spec.name, read_attribute(cursor, spec.form, spec.implicit_const, unit));
+      const abbrev_attribute& attribute = abbrevs.attributes[a.first + i];
+      note(attrs, attribute.name,
+           read_attribute(cursor, attribute.form, attribute.implicit_const, unit));
     }
     if (first) {  // the unit's own entry: its bases come before any index is read
       first = false;
