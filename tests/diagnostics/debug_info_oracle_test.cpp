@@ -76,11 +76,21 @@ enum class verdict {
   different
 };
 
+// The library's name is the reader's, or its last part. A reader's name that
+// the text rules cut at their buffer (a long template's scope) has lost its
+// end: there the library's name must stand in it after a scope.
+bool same_function(const std::string& library, const std::string& reader) {
+  if (library == reader || ends_with(reader, "::" + library)) return true;
+  const bool reader_cut = reader.size() + 1 >= symbol_text::kNamePieceBuffer;
+  const std::string scoped = "::" + library.substr(0, library.find('<'));
+  return reader_cut && reader.find(scoped) != std::string::npos;
+}
+
 verdict compare(const texts& library, const texts& reader) {
   if (library.name == reader.name && library.source == reader.source) return verdict::same;
   if (library.name.compare(0, 2, "0x") == 0 || library.name.compare(0, 10, "EntryPoint") == 0)
     return verdict::library_unnamed;
-  const bool same_name = library.name == reader.name || ends_with(reader.name, "::" + library.name);
+  const bool same_name = same_function(library.name, reader.name);
   if (library.source == reader.source && same_name) return verdict::library_unscoped;
   if (library.source.empty() && !reader.source.empty()) return verdict::library_no_line;
   if (same_name && !library.source.empty() && !reader.source.empty()) return verdict::other_line;
