@@ -54,13 +54,20 @@ SmartPtr<IThreadContext> CreateNewThreadContext(SmartPtr<IThreadOwner> owner) {
 
 TThreadContext::TThreadContext(SmartPtr<IThreadOwner> owner) : owner_(owner) { InitializeSRWLock(&lock_); }
 
-// Normally the loop has ended long before; when the last reference goes on
-// the worker's own thread, the base lets the thread finish on its own.
+// The thread holds its context until its body's last step (keep, below),
+// so the last reference falls either on that thread or once the thread is
+// past everything that touches the object, on its way out through the
+// runtime's per-thread teardown. That way out takes the loader lock and the
+// heap lock; a thread terminated there leaves them held or the heap half
+// updated. So nothing waits for the thread here, let alone terminates it:
+// the handle is closed (the base then finds none to stop) and the thread
+// ends by itself.
 TThreadContext::~TThreadContext() noexcept {
   try {
-    StopThread(kInterruptStopMs);
+    CloseIfValid();
   } catch (...) {
-    // A counted object's release cannot fail; the base terminates it.
+    // A counted object's release cannot fail; the handle is marked closed
+    // before the call, so the base has nothing to stop either way.
   }
 }
 

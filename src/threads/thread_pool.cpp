@@ -103,8 +103,8 @@ void TThreadPool::ClearQueue() {
 // Every worker is asked to stop (and retired, so that no Cancel revives
 // one) before any is waited for: all of them share one bound, and only
 // those still alive after it are terminated. Their jobs are settled by
-// the stops. The contexts are let go after the threads lock, since letting
-// go may wait for a thread too.
+// the stops. The workers have ended (or were terminated) by then, so the
+// contexts go without waiting.
 void TThreadPool::Shutdown() {
   min_idle_threads.store(0);
   max_total_threads.store(0);
@@ -118,13 +118,9 @@ void TThreadPool::Shutdown() {
   const DWORD deadline = GetTickCount() + kShutdownStopMs;
   for (const SmartPtr<IThreadContext>& worker : workers) worker->FinishStop(deadline);
   ClearQueue();
-  SmartPtr<IThreadContext> exited;
-  {
-    write_hold hold(threads_lock);
-    for (const SmartPtr<IThreadContext>& worker : workers) threads.erase(worker);
-    thread_count.store(threads.size());
-    exited = std::move(last_exited);
-  }
+  write_hold hold(threads_lock);
+  for (const SmartPtr<IThreadContext>& worker : workers) threads.erase(worker);
+  thread_count.store(threads.size());
 }
 
 // Both tests run once per job, so they read counts that their locks' holders

@@ -79,15 +79,12 @@ void TThreadPool::OnJobDone(SmartPtr<IThreadContext> /*self*/) {
   if (running_jobs.fetch_sub(1) == 1) all_done.Set();
 }
 
-// The context that leaves is kept until the next one leaves: the thread
-// that runs it is still finishing. The one it replaces is let go after the
-// lock, since letting go may wait for its thread.
+// The worker's own thread holds its context to the end, so the pool just
+// lets go of it: the last reference falls on that thread.
 void TThreadPool::OnThreadExit(SmartPtr<IThreadContext> self) {
-  SmartPtr<IThreadContext> previous;
   write_hold hold(threads_lock);
   const auto found = threads.find(self);
   if (found != threads.end()) {
-    previous = std::exchange(last_exited, self);
     threads.erase(found);
     thread_count.store(threads.size());
   }

@@ -15,28 +15,7 @@ namespace {
 
 using threads_test::LambdaJob;
 using threads_test::LambdaTask;
-
-// Runs this program with `filter`; the exit code, or -1 when it has not
-// ended within `ms` (it is then terminated).
-int RunChild(const std::string& filter, DWORD ms) {
-  wchar_t program[MAX_PATH];
-  GetModuleFileNameW(nullptr, program, MAX_PATH);
-  std::wstring command = L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=" +
-                         std::wstring(filter.begin(), filter.end());
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION child{};
-  if (!CreateProcessW(program, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child))
-    return -2;
-  CloseHandle(child.hThread);
-  DWORD code = static_cast<DWORD>(-1);
-  if (WaitForSingleObject(child.hProcess, ms) == WAIT_OBJECT_0)
-    GetExitCodeProcess(child.hProcess, &code);
-  else
-    TerminateProcess(child.hProcess, 3);
-  CloseHandle(child.hProcess);
-  return static_cast<int>(code);
-}
+using threads_test::RunChild;
 
 TEST(ProcessExit, EndsWithPoolWorkersAliveInEveryState) {
   for (int round = 0; round < 10; ++round)

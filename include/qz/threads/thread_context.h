@@ -34,11 +34,22 @@
 // FinishStop and Start called on the worker's own thread do not wait for
 // it: the worker ends after its current job.
 //
+// Termination. A thread is terminated only as the last resort of
+// Interrupt and FinishStop, when a job has ignored its interruption for the
+// whole bound; that thread may hold the heap or loader lock and leave it
+// held (a job that may run that long waits alertably). No ordinary path
+// terminates: a worker that leaves its owner (its loop ended) ends its
+// thread by itself, and releasing a context never waits for its thread
+// nor terminates it.
+//
 // Thread safety: every operation may be called from any thread, also
 // several at once on one worker: starts, interruptions and stops of one
 // worker are serialised, and each waits on the thread it asked to end (a
 // handle of its own), never on one a restart replaced. A context is owned
-// by its owner (SmartPtr); its thread keeps it alive while it runs.
+// by its owner (SmartPtr); its thread holds it until the body's last step,
+// so the last reference falls either on that thread or once the thread no
+// longer touches the object (on its way out through the runtime's
+// per-thread teardown, which it finishes alone).
 #pragma once
 
 #include <qz/core/smart_ptr.h>

@@ -53,7 +53,9 @@
 // do (never on the stack: its workers count references to it). Workers
 // hold their pool: a pool whose workers never retire
 // (min idle threads above 0) lives until Shutdown. The process-wide pool of
-// GetSystemThreadPool is never destroyed.
+// GetSystemThreadPool is never destroyed. A worker that retires leaves the
+// pool at once and ends its thread by itself: no other thread waits for
+// it or terminates it (see IThreadContext).
 //
 // Thread safety: every operation may be called from any thread at any
 // time, from the pool's own jobs too (Shutdown from a job leaves that job's
@@ -140,9 +142,6 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   std::deque<SmartPtr<IThreadJob>> queue;
   mutable TMultiLock queue_lock;
   TSemaphore job_semaphore;
-  // The worker that left last, kept until the next one leaves: its thread
-  // is still finishing and cannot let go of its own context.
-  SmartPtr<IThreadContext> last_exited;
   std::atomic<int> priority;
   unsigned max_queue_length;
   TEvent all_done;
