@@ -11,6 +11,7 @@
 
 #include "diagnostics/debug_info/debug_info_cache.h"
 #include "diagnostics/symbol_text_rules.h"
+#include "diagnostics/diagnostics_test_support.h"
 #include "support/scoped_setting.h"
 
 #include <gtest/gtest.h>
@@ -124,14 +125,8 @@ void expect_same_texts(const address_list& addresses, const char* what) {
 // The start of every function the module's exception directory lists.
 address_list function_starts(HMODULE module) {
   address_list starts;
-  const auto* base = reinterpret_cast<const std::uint8_t*>(module);
-  const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS64*>(
-      base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
-  const IMAGE_DATA_DIRECTORY& directory =
-      nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXCEPTION];
-  const auto* functions = reinterpret_cast<const RUNTIME_FUNCTION*>(base + directory.VirtualAddress);
-  for (std::size_t i = 0; i < directory.Size / sizeof(RUNTIME_FUNCTION); ++i)
-    starts.push_back(reinterpret_cast<std::uintptr_t>(base) + functions[i].BeginAddress);
+  for (std::uint32_t begin : diagnostics_test::function_begins(module))
+    starts.push_back(reinterpret_cast<std::uintptr_t>(module) + begin);
   return starts;
 }
 
@@ -149,16 +144,7 @@ TEST_F(DebugInfoOracle, EveryFunctionStartOfTheProgramAndTheLibrary) {
   }
 }
 
-volatile int sink;
-
-__attribute__((noinline)) void descend(int depth, const std::function<void()>& at_bottom) {
-  void (*volatile next)(int, const std::function<void()>&) = &descend;
-  if (depth > 0)
-    next(depth - 1, at_bottom);
-  else
-    at_bottom();
-  sink = depth;
-}
+using diagnostics_test::descend;
 
 address_list walk_here() {
   unsigned long long frames[64] = {};

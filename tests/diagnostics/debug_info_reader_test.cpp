@@ -3,6 +3,7 @@
 #include "diagnostics/debug_info/debug_info_cache.h"
 #include "diagnostics/debug_info/module_debug_info.h"
 #include "diagnostics/dwarf5_module/dwarf5_module.h"
+#include "diagnostics/diagnostics_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -32,14 +33,7 @@ std::wstring module_path(HMODULE module) {
 // directory lists.
 std::vector<std::uint64_t> function_offsets(HMODULE module) {
   std::vector<std::uint64_t> offsets;
-  const auto* base = reinterpret_cast<const std::uint8_t*>(module);
-  const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS64*>(
-      base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
-  const IMAGE_DATA_DIRECTORY& directory =
-      nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXCEPTION];
-  const auto* functions = reinterpret_cast<const RUNTIME_FUNCTION*>(base + directory.VirtualAddress);
-  for (std::size_t i = 0; i < directory.Size / sizeof(RUNTIME_FUNCTION); ++i)
-    offsets.push_back(functions[i].BeginAddress + 3);
+  for (std::uint32_t begin : diagnostics_test::function_begins(module)) offsets.push_back(begin + 3);
   return offsets;
 }
 

@@ -7,6 +7,7 @@
 #include <qz/threads/thread_class.h>
 
 #include "diagnostics/debug_info/unwind_walk.h"
+#include "diagnostics/diagnostics_test_support.h"
 #include "support/scoped_setting.h"
 
 #include <gtest/gtest.h>
@@ -39,18 +40,8 @@ void expect_same_walks(const CONTEXT& context, HANDLE thread) {
             walk_with(symbol_sources::debug_help_only, context, thread, 2, 3));
 }
 
-volatile int sink;
-
-// Recurses `depth` frames, then runs `at_bottom`; the store after the call
-// keeps every frame on the stack.
-__attribute__((noinline)) void descend(int depth, const std::function<void()>& at_bottom) {
-  void (*volatile next)(int, const std::function<void()>&) = &descend;
-  if (depth > 0)
-    next(depth - 1, at_bottom);
-  else
-    at_bottom();
-  sink = depth;
-}
+using diagnostics_test::descend;
+using diagnostics_test::sink;
 
 class StackWalkFrames : public ::testing::Test {
  protected:
