@@ -2,34 +2,61 @@
 
 #include "faults/fault_startup.h"
 
+#include <qz/core/throw.h>
 #include <qz/errors/exceptions.h>
 
 #include <memory>
 
 namespace {
 
-// Owns the calling thread's state and, when the thread ends, takes it out of
-// the slot before freeing it.
-class thread_fault_state_owner {
+// A thread's state is made on its first translator and freed by a fiber-local
+// slot's callback when the thread ends, which first takes it out of the slot
+// the handler reads. Not a thread_local object: this runtime frees a DLL's
+// thread_local storage before it runs the destructors of the objects in it,
+// so such a destructor writes into freed heap memory and frees twice while
+// other threads allocate, and the heap breaks or its lock is left held.
+void WINAPI release_thread_state(void* state) {
+  if (state == nullptr) return;
+  TlsSetValue(fault_translator_slot(), nullptr);
+  delete static_cast<thread_fault_state*>(state);
+}
+
+// Freed when the library unloads, which runs the callback for every thread
+// that still has a state. FLS_OUT_OF_INDEXES when the process has no
+// fiber-local slot left: states are then never freed rather than too early.
+class state_owner_slot {
  public:
-  ~thread_fault_state_owner() {
-    if (state_) TlsSetValue(fault_translator_slot(), nullptr);
+  state_owner_slot() : index_(FlsAlloc(&release_thread_state)) {}
+  ~state_owner_slot() {
+    if (index_ != FLS_OUT_OF_INDEXES) FlsFree(index_);
   }
-  thread_fault_state& get() {
-    if (!state_) state_ = std::make_unique<thread_fault_state>();
-    return *state_;
-  }
+  state_owner_slot(const state_owner_slot&) = delete;
+  state_owner_slot& operator=(const state_owner_slot&) = delete;
+  DWORD index() const { return index_; }
 
  private:
-  std::unique_ptr<thread_fault_state> state_;
+  const DWORD index_;
 };
 
-thread_local thread_fault_state_owner this_thread_state;
+DWORD state_slot() {
+  static const state_owner_slot slot;
+  return slot.index();
+}
+
+thread_fault_state& this_thread_state() {
+  const DWORD slot = state_slot();
+  if (slot != FLS_OUT_OF_INDEXES) {
+    if (void* found = FlsGetValue(slot)) return *static_cast<thread_fault_state*>(found);
+  }
+  std::unique_ptr<thread_fault_state> made = std::make_unique<thread_fault_state>();
+  if (slot != FLS_OUT_OF_INDEXES && !FlsSetValue(slot, made.get())) ThrowSystemException();
+  return *made.release();
+}
 
 }  // namespace
 
 fault_translator exchange_fault_translator(fault_translator next) {
-  thread_fault_state& state = this_thread_state.get();
+  thread_fault_state& state = this_thread_state();
   const fault_translator previous = state.translator;
   state.translator = next;
   TlsSetValue(fault_translator_slot(), next ? &state : nullptr);
