@@ -3,6 +3,7 @@
 // debug-help library.
 #include <qz/diagnostics/symbols.h>
 
+#include "support/loader_lock.h"
 #include "support/raw_event.h"
 #include "support/test_threads.h"
 
@@ -11,15 +12,6 @@
 #include <windows.h>
 
 namespace {
-
-using LockLoader = LONG(NTAPI*)(ULONG flags, ULONG* disposition, ULONG_PTR* cookie);
-using UnlockLoader = LONG(NTAPI*)(ULONG flags, ULONG_PTR cookie);
-
-template <typename Function>
-Function Native(const char* name) {
-  return reinterpret_cast<Function>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
 
 bool DebugHelpLoaded() { return GetModuleHandleW(L"dbghelp.dll") != nullptr; }
 
@@ -52,9 +44,8 @@ struct SetOnExit {
 // Threads are made before the loader lock is taken: a thread starting while
 // another holds it waits for it.
 TEST(SymbolEngineCleanup, ACleanupThatTimesOutStillLetsTheLastUseUnloadTheLibrary) {
-  const auto lock_loader = Native<LockLoader>("LdrLockLoaderLock");
-  const auto unlock_loader = Native<UnlockLoader>("LdrUnlockLoaderLock");
-  ASSERT_TRUE(lock_loader && unlock_loader);
+  const qz_test::LoaderLock loader = qz_test::FindLoaderLock();
+  ASSERT_TRUE(loader.lock && loader.unlock);
   ASSERT_FALSE(DebugHelpLoaded()) << "a test left the engine started";
   ASSERT_TRUE(SymInitialize());
   ASSERT_TRUE(DebugHelpLoaded());
@@ -70,10 +61,10 @@ TEST(SymbolEngineCleanup, ACleanupThatTimesOutStillLetsTheLastUseUnloadTheLibrar
   ASSERT_EQ(WaitForSingleObject(checker_ready.h, 10000), WAIT_OBJECT_0);
   qz_test::WorkerThread holder([&] {
     ULONG_PTR cookie = 0;
-    if (lock_loader(0, nullptr, &cookie) < 0) return;
+    if (loader.lock(0, nullptr, &cookie) < 0) return;
     SetEvent(loader_held.h);
     WaitForSingleObject(release_loader.h, 60000);
-    unlock_loader(0, cookie);
+    loader.unlock(0, cookie);
   });
   DWORD cleanup_ms = 0;
   bool checker_waited = false;

@@ -1,5 +1,6 @@
 // TThreadClass::GetCurrentStack of a thread that holds locks of the system's
 // own: the walk must never suspend the thread inside them.
+#include "support/loader_lock.h"
 #include "support/test_threads.h"
 #include "threads/threads_test_support.h"
 
@@ -13,34 +14,24 @@ namespace {
 
 using threads_test::LambdaThread;
 
-using LockLoader = LONG(NTAPI*)(ULONG flags, ULONG* disposition, ULONG_PTR* cookie);
-using UnlockLoader = LONG(NTAPI*)(ULONG flags, ULONG_PTR cookie);
-
-template <typename Function>
-Function Native(const char* name) {
-  return reinterpret_cast<Function>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
-
 // The walk allocates and loads the debug-help library, which needs the
 // process heap's lock and the loader lock: asked while the thread holds
 // them, the call waits until the thread lets them go and only then suspends
 // it, instead of suspending the holder and waiting for it for ever.
 TEST(ThreadClassStack, AThreadHoldingTheHeapAndLoaderLocksIsWalkedOnceItLetsGo) {
-  const auto lock_loader = Native<LockLoader>("LdrLockLoaderLock");
-  const auto unlock_loader = Native<UnlockLoader>("LdrUnlockLoaderLock");
-  ASSERT_TRUE(lock_loader && unlock_loader);
+  const qz_test::LoaderLock loader = qz_test::FindLoaderLock();
+  ASSERT_TRUE(loader.lock && loader.unlock);
   TEvent held, release, ask;
   LambdaThread thread([&] {
     ULONG_PTR cookie = 0;
-    lock_loader(0, nullptr, &cookie);
+    loader.lock(0, nullptr, &cookie);
     HeapLock(GetProcessHeap());
     held.Set();
     // Busy, not asleep: a thread asleep in the system stops only when it wakes.
     for (const DWORD start = GetTickCount(); GetTickCount() - start < 2000;) {
     }
     HeapUnlock(GetProcessHeap());
-    unlock_loader(0, cookie);
+    loader.unlock(0, cookie);
     release.WaitForSignal();
   });
   std::string stack;
