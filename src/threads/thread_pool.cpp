@@ -43,8 +43,9 @@ TThreadPool::TThreadPool(unsigned max_total, unsigned min_idle, int thread_prior
 TThreadPool::~TThreadPool() noexcept = default;
 
 // Under the queue lock, so that the all-done event follows the count in
-// the order the count changes.
-bool TThreadPool::TryQueueJob(SmartPtr<IThreadJob> job) {
+// the order the count changes, and so that the idle count compared with
+// the queue is the one its takers keep under that lock (see PopJob).
+bool TThreadPool::PushJob(SmartPtr<IThreadJob> job, bool& short_of_workers) {
   if (!job) ThrowSystemException(ERROR_INVALID_PARAMETER);
   write_hold hold(queue_lock);
   if (queue.size() >= max_queue_length) return false;
@@ -58,16 +59,23 @@ bool TThreadPool::TryQueueJob(SmartPtr<IThreadJob> job) {
     throw;
   }
   queue_length.store(queue.size());
+  short_of_workers = static_cast<size_t>(std::max(idle.load(), 0)) < queue.size();
   return true;
 }
 
+bool TThreadPool::TryQueueJob(SmartPtr<IThreadJob> job) {
+  bool short_of_workers = false;
+  return PushJob(job, short_of_workers);
+}
+
 bool TThreadPool::QueueJob(SmartPtr<IThreadJob> job) {
-  if (!TryQueueJob(job)) {
+  bool short_of_workers = false;
+  if (!PushJob(job, short_of_workers)) {
     throw EGeneric({"Text", "Thread pool overflowed"},
                    {"JobQueueSize", static_cast<int>(QueueLength())},
                    {"ThreadsSize", static_cast<int>(ThreadCount())});
   }
-  if (NeedMoreThreads()) AddThread();
+  if (short_of_workers && ThreadCount() < max_total_threads.load()) AddThread();
   return QueueLength() <= max_total_threads.load();
 }
 
@@ -123,12 +131,11 @@ void TThreadPool::Shutdown() {
   thread_count.store(threads.size());
 }
 
-// Both tests run once per job, so they read counts that their locks' holders
-// keep up to date instead of taking the threads lock. A stale answer costs
-// little: a start or a retirement comes one job later, and AddThread checks
-// its limit again under the lock.
+// Idle workers and the queue are compared under the queue lock, where
+// both change together; the thread count is checked again by AddThread.
 bool TThreadPool::NeedMoreThreads() {
-  return static_cast<size_t>(std::max(idle.load(), 0)) < queue_length.load() &&
+  read_hold hold(queue_lock);
+  return static_cast<size_t>(std::max(idle.load(), 0)) < queue.size() &&
          thread_count.load() < max_total_threads.load();
 }
 

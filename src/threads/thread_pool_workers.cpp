@@ -20,12 +20,16 @@ constexpr unsigned int kIdleRetireMs = 10000;
 
 }  // namespace
 
+// The taker stops counting as idle in the same hold that gives it the
+// job: a job queued meanwhile sees the idle workers that are left, never
+// one that is already busy (PushJob).
 SmartPtr<IThreadJob> TThreadPool::PopJob() {
   write_hold hold(queue_lock);
   if (queue.empty()) return nullptr;
   SmartPtr<IThreadJob> job = std::move(queue.front());
   queue.pop_front();
   queue_length.store(queue.size());
+  --idle;
   return job;
 }
 
@@ -37,16 +41,20 @@ void TThreadPool::Requeue(SmartPtr<IThreadJob> job) {
   job_semaphore.ReleaseSemaphore(1);
 }
 
-// One exchange per attempt, so that workers timing out together never take
-// the count below the minimum between them.
+// A worker retires only while the idle workers left cover the queue and
+// stay at the minimum or above: one that timed out just as a job came in
+// takes that job instead. Under the queue lock, so that workers timing out
+// together, and jobs coming in, see each other.
 bool TThreadPool::RetireIdle() {
-  int now = idle.load();
-  while (now > static_cast<int>(min_idle_threads.load())) {
-    if (idle.compare_exchange_weak(now, now - 1)) return true;
-  }
-  return false;
+  write_hold hold(queue_lock);
+  const int now = idle.load();
+  if (now <= static_cast<int>(min_idle_threads.load()) || static_cast<size_t>(now) <= queue.size()) return false;
+  --idle;
+  return true;
 }
 
+// `idle` counts the workers in here that have no job yet; PopJob takes a
+// worker off it with its job.
 SmartPtr<IThreadJob> TThreadPool::GetNextJob(SmartPtr<IThreadContext> /*self*/) {
   if (HasExcessThreads()) return nullptr;
   for (;;) {
@@ -61,16 +69,24 @@ SmartPtr<IThreadJob> TThreadPool::GetNextJob(SmartPtr<IThreadContext> /*self*/) 
     if (counted) {
       SmartPtr<IThreadJob> job;
       const bool interrupted = run_uninterrupted([&] { job = PopJob(); });
-      if (job || interrupted) {
+      if (job && !interrupted) return job;
+      if (job) {
+        run_uninterrupted([&] { Requeue(job); });
+        throw EThreadInterrupt();
+      }
+      if (interrupted) {
         --idle;
-        if (!interrupted) return job;
-        if (job) run_uninterrupted([&] { Requeue(job); });
         throw EThreadInterrupt();
       }
       // No job for the count: the queue was cleared meanwhile.
     }
-    if (RetireIdle()) return nullptr;
+    // A worker that retired leaves even when an interruption came meanwhile:
+    // it ends anyway, and the pool must hear of it.
+    bool retire = false;
+    const bool interrupted = run_uninterrupted([&] { retire = RetireIdle(); });
+    if (retire) return nullptr;
     --idle;
+    if (interrupted) throw EThreadInterrupt();
   }
 }
 
@@ -88,5 +104,7 @@ void TThreadPool::OnThreadExit(SmartPtr<IThreadContext> self) {
     threads.erase(found);
     thread_count.store(threads.size());
   }
-  if (threads.empty() && NeedMoreThreads()) AddThread();
+  // A job may have come in while this worker was leaving and found the
+  // pool full: the place it leaves is that job's.
+  if (NeedMoreThreads()) AddThread();
 }

@@ -130,6 +130,42 @@ TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
   ReleaseAndExpectRuns(*pool, [&] { gate.open.Set(); }, done, 1, dropped_ran);
 }
 
+// A pool that holds a worker just after it took a job from the queue,
+// until the test lets it go on.
+class PausingPool : public TThreadPool {
+ public:
+  PausingPool() : TThreadPool(4, 0, 0, 100) {}
+  ~PausingPool() noexcept override = default;
+  SmartPtr<IThreadJob> PopJob() override {
+    SmartPtr<IThreadJob> job = TThreadPool::PopJob();
+    if (job && pause_next.exchange(false)) {
+      taken.Set();
+      go_on.WaitForSignal();
+    }
+    return job;
+  }
+  std::atomic<bool> pause_next{false};
+  TEvent taken, go_on;
+};
+
+// The one idle worker has just taken a job when another is queued: the
+// second job needs a worker of its own, and gets one although the first
+// never ends.
+TEST(ThreadPool, AJobQueuedWhileTheIdleWorkerTakesAnotherGetsAWorker) {
+  SmartPtr<PausingPool> pool = new PausingPool;
+  pool->QueueJob(new LambdaJob([] {}));
+  ASSERT_TRUE(Eventually([&] { return Field(*pool, "Idle") == 1 && pool->WaitForAllJobs(0); }));
+  Gate gate;
+  pool->pause_next = true;
+  pool->QueueJob(gate.Job());
+  ASSERT_TRUE(pool->taken.Signaled(10000));
+  pool->QueueJob(gate.Job());
+  pool->go_on.Set();
+  EXPECT_TRUE(Eventually([&] { return gate.waiting == 2; }, 3000)) << pool->ToString();
+  gate.open.Set();
+  pool->Shutdown();
+}
+
 // A burst makes six workers; all of them time out together 10 s after the
 // burst, and exactly the minimum stays.
 TEST(ThreadPool, IdleWorkersRetireAfter10SecondsDownToTheMinimum) {

@@ -6,13 +6,18 @@
 //   pool->WaitForAllJobs(INFINITE);
 //   pool->Shutdown();
 //
-// Growth. QueueJob starts a worker when jobs wait and no worker is idle,
-// never beyond max total threads; a pool starts with none. A worker that has
-// had no job for 10000 ms retires while more than min idle threads workers
-// are idle; the first min idle threads idle workers stay for good. Jobs
-// queued while the limit is 0 (also after Shutdown) wait in the queue until
-// SetLimits raises it. A lower limit reaches a worker when it next asks for
-// a job: a worker already waiting for one may still take the next job.
+// Growth. QueueJob starts a worker when the queued jobs outnumber the idle
+// workers, never beyond max total threads; a pool starts with none. The
+// two are compared under the queue lock, where a worker stops counting as
+// idle in the step that takes its job, so every queued job has an idle
+// worker or a start, whatever the timing (a worker that leaves a full pool
+// hands its place to a job that found none). A worker that has had no job
+// for 10000 ms retires while more than min idle threads workers are idle
+// and the others cover the queue; the first min idle threads idle workers
+// stay for good. Jobs queued while the limit is 0 (also after Shutdown)
+// wait in the queue until SetLimits raises it. A lower limit reaches a
+// worker when it next asks for a job: a worker already waiting for one may
+// still take the next job.
 //
 // Accounting. "Running jobs" counts jobs queued or running: +1 by QueueJob,
 // -1 exactly once per job, by whoever ends it: the worker when the job has
@@ -115,9 +120,11 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   // The queueing step of QueueJob alone: no worker started, false (and
   // nothing queued) when the queue is full.
   virtual bool TryQueueJob(SmartPtr<IThreadJob> job);
-  // The front job, taken out of the queue; null when it is empty.
+  // The front job, taken out of the queue for the calling worker, which no
+  // longer counts as idle; null (and still idle) when the queue is empty.
   virtual SmartPtr<IThreadJob> PopJob();
-  // Idle workers fewer than queued jobs, and room for another thread.
+  // Idle workers fewer than queued jobs (read under the queue lock), and
+  // room for another thread.
   virtual bool NeedMoreThreads();
   // More workers idle than min idle threads.
   virtual bool HasExcessIdle();
@@ -153,8 +160,12 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   std::atomic<size_t> queue_length;
   std::atomic<size_t> thread_count;
 
+  // The queueing step, under the queue lock; `short_of_workers` says, under
+  // that same hold, whether the queued jobs now outnumber the idle workers.
+  bool PushJob(SmartPtr<IThreadJob> job, bool& short_of_workers);
   // Takes one idle worker off the count unless that would leave fewer than
-  // min idle threads; true when it did (the worker retires).
+  // min idle threads, or fewer idle workers than queued jobs; true when it
+  // did (the worker retires).
   bool RetireIdle();
   // Back at the front of the queue: a job a worker took but could not keep.
   void Requeue(SmartPtr<IThreadJob> job);
