@@ -9,6 +9,7 @@
 #include "threads/uninterrupted.h"
 
 #include <exception>
+#include <functional>
 #include <utility>
 
 namespace {
@@ -41,6 +42,18 @@ class ExclusiveHold {
   ~ExclusiveHold() { ReleaseSRWLockExclusive(&lock_); }
   ExclusiveHold(const ExclusiveHold&) = delete;
   ExclusiveHold& operator=(const ExclusiveHold&) = delete;
+
+ private:
+  SRWLOCK& lock_;
+};
+
+// Shared hold of a slim lock for one scope.
+class SharedHold {
+ public:
+  explicit SharedHold(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockShared(&lock_); }
+  ~SharedHold() { ReleaseSRWLockShared(&lock_); }
+  SharedHold(const SharedHold&) = delete;
+  SharedHold& operator=(const SharedHold&) = delete;
 
  private:
   SRWLOCK& lock_;
@@ -193,13 +206,39 @@ void TThreadContext::FinishStop(unsigned long deadline) {
   DropOwner();  // a retired worker needs it no more; a terminated one would keep it for good
 }
 
-std::string TThreadContext::GetStack() { return GetCurrentStack(); }
+// The controls act on the current thread under the lock a restart replaces
+// it under, and leave alone a worker without a live thread: mid-restart the
+// handle is -1, which the system takes for the caller's own thread, and an
+// ended thread refuses to be suspended (access denied).
+void TThreadContext::ControlLiveThread(const std::function<void()>& control) {
+  SharedHold hold(lock_);
+  if (!IsValidHandle()) return;
+  try {
+    control();
+  } catch (const ESystemException&) {
+    if (WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT) throw;
+  }
+}
 
-void TThreadContext::Suspend() { SuspendThread(); }
+// The stack is read under the lock too (a restart waits for it), for the
+// same reason: the walk suspends the thread the handle names.
+std::string TThreadContext::GetStack() {
+  std::string stack;
+  ControlLiveThread([&] { stack = GetCurrentStack(); });
+  return stack;
+}
 
-void TThreadContext::Resume() { ResumeThread(); }
+void TThreadContext::Suspend() {
+  ControlLiveThread([this] { SuspendThread(); });
+}
 
-void TThreadContext::SetPriority(int priority) { SetThreadPriority(priority); }
+void TThreadContext::Resume() {
+  ControlLiveThread([this] { ResumeThread(); });
+}
+
+void TThreadContext::SetPriority(int priority) {
+  ControlLiveThread([this, priority] { SetThreadPriority(priority); });
+}
 
 // A body that was interrupted before it ran, or terminated inside a job,
 // left its state behind; the fresh thread starts from idle.

@@ -4,8 +4,9 @@
 //
 // Thread safety: as IThreadContext. One lock serialises everything that
 // reads or replaces the thread handle or the owner: Start, the asking step
-// of Interrupt and BeginStop, and the copy of the handle a stop waits on.
-// No wait happens under it.
+// of Interrupt and BeginStop, the copy of the handle a stop waits on, and
+// the controls (Suspend, Resume, SetPriority, GetStack), which share it. No
+// wait for a thread happens under it.
 #pragma once
 
 #include <qz/threads/thread_class.h>
@@ -14,6 +15,8 @@
 #include <windows.h>
 
 #include <atomic>
+#include <functional>
+#include <string>
 
 class TThreadContext : public TThreadClass, public IThreadContext {
  public:
@@ -49,6 +52,9 @@ class TThreadContext : public TThreadClass, public IThreadContext {
   // the job a terminated thread left.
   void AwaitEnd(const THandle& thread, DWORD deadline);
   void SettleAbandonedJob();
+  // Runs `control` on the current thread, under the lock (shared); nothing
+  // when there is no live thread, also when it ends during the control.
+  void ControlLiveThread(const std::function<void()>& control);
 
   SmartPtr<IThreadOwner> owner_;
   mutable SRWLOCK lock_;

@@ -127,3 +127,46 @@ TEST(TaskCancel, EveryConcurrentCancelWaitsForTheWorkToEnd) {
 }
 
 }  // namespace
+
+// Hands out the worker it runs on.
+class WorkerGrab : public IThreadJob {
+ public:
+  void Execute() override {}
+  void RunOn(IThreadContext& on) override { worker = &on; }
+  SmartPtr<IThreadContext> worker;
+};
+
+// A worker's controls called while Cancels restart it reach the worker's
+// thread or nothing: never the caller's own thread (a restart leaves the
+// worker without a thread for a moment) and never a closed handle.
+TEST(TaskCancel, ControlsOfAWorkerBeingRestartedReachOnlyItsThread) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 1);
+  SmartPtr<WorkerGrab> grab = new WorkerGrab;
+  pool->QueueJob(grab);
+  ASSERT_TRUE(pool->WaitForAllJobs(10000));
+  IThreadContext& worker = *grab->worker;
+  std::atomic<bool> stop{false};
+  qz_test::WorkerThread caller([&] {
+    while (!stop) {
+      worker.Suspend();
+      worker.Resume();
+      worker.SetPriority(THREAD_PRIORITY_NORMAL);
+    }
+  });
+  for (int round = 0; round < 300; ++round) {
+    SmartPtr<LambdaTask> task = new LambdaTask([] {
+      for (;;) TThread::Sleep(1, 1);
+    });
+    pool->QueueJob(task);
+    ASSERT_TRUE(task->WaitForStart(10000)) << "round " << round;
+    task->Cancel();
+  }
+  stop = true;
+  const bool ended = caller.Join(10000);
+  if (!ended) ResumeThread(caller.handle());
+  EXPECT_TRUE(ended) << "the caller suspended itself";
+  if (ended) {
+    EXPECT_EQ(caller.error(), "");
+  }
+  pool->Shutdown();
+}

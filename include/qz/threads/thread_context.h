@@ -63,6 +63,11 @@ class QZ_API IThreadContext : public virtual SmartPtrObj {
   // Interrupts the worker's thread (waits 0 ms, then up to 5000 ms for it
   // to end before terminating it).
   virtual void Interrupt() = 0;
+  // The controls act on the worker's current thread, and do nothing while
+  // it has none alive (between a thread's end and a restart, or for good).
+  // A restart waits for a control under way, so a control never reaches a
+  // closed handle or, mid-restart, the caller's own thread.
+  //
   // The worker thread's stack as text ("" when it cannot be read).
   virtual std::string GetStack() = 0;
   virtual void Suspend() = 0;
