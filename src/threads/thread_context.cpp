@@ -5,6 +5,7 @@
 #include <qz/logging/debug_stream_session.h>
 #include <qz/logging/global_streams.h>
 
+#include "sync/slim_lock_holds.h"
 #include "threads/alertable_wait.h"
 #include "threads/uninterrupted.h"
 
@@ -34,30 +35,6 @@ bool LogJobFailure(const std::exception* e) {
   }
   return false;
 }
-
-// Exclusive hold of a slim lock for one scope.
-class ExclusiveHold {
- public:
-  explicit ExclusiveHold(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
-  ~ExclusiveHold() { ReleaseSRWLockExclusive(&lock_); }
-  ExclusiveHold(const ExclusiveHold&) = delete;
-  ExclusiveHold& operator=(const ExclusiveHold&) = delete;
-
- private:
-  SRWLOCK& lock_;
-};
-
-// Shared hold of a slim lock for one scope.
-class SharedHold {
- public:
-  explicit SharedHold(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockShared(&lock_); }
-  ~SharedHold() { ReleaseSRWLockShared(&lock_); }
-  SharedHold(const SharedHold&) = delete;
-  SharedHold& operator=(const SharedHold&) = delete;
-
- private:
-  SRWLOCK& lock_;
-};
 
 }  // namespace
 
@@ -94,7 +71,7 @@ SmartPtr<IThreadOwner> TThreadContext::Owner() const {
 // The owner is let go after the lock: it may be the last reference.
 void TThreadContext::DropOwner() {
   SmartPtr<IThreadOwner> gone;
-  ExclusiveHold hold(lock_);
+  slim_exclusive_hold hold(lock_);
   gone = std::move(owner_);
 }
 
@@ -156,7 +133,7 @@ bool TThreadContext::RunJob(IThreadJob& job) {
 // On its own thread the worker cannot wait for itself to end: a job that
 // cancels its own task, or shuts its pool down, just goes on.
 THandle TThreadContext::AskToEnd(bool retire) {
-  ExclusiveHold hold(lock_);
+  slim_exclusive_hold hold(lock_);
   if (retire) retired_ = true;
   if (!IsValidHandle() || GetThreadId(handle) == GetCurrentThreadId()) return THandle();
   RequestInterrupt();
@@ -199,7 +176,7 @@ void TThreadContext::BeginStop() { AskToEnd(true); }
 void TThreadContext::FinishStop(unsigned long deadline) {
   THandle thread;
   {
-    ExclusiveHold hold(lock_);
+    slim_exclusive_hold hold(lock_);
     if (IsValidHandle() && GetThreadId(handle) != GetCurrentThreadId()) thread = THandle(handle);
   }
   AwaitEnd(thread, deadline);
@@ -211,7 +188,7 @@ void TThreadContext::FinishStop(unsigned long deadline) {
 // handle is -1, which the system takes for the caller's own thread, and an
 // ended thread refuses to be suspended (access denied).
 void TThreadContext::ControlLiveThread(const std::function<void()>& control) {
-  SharedHold hold(lock_);
+  slim_shared_hold hold(lock_);
   if (!IsValidHandle()) return;
   try {
     control();
@@ -243,7 +220,7 @@ void TThreadContext::SetPriority(int priority) {
 // A body that was interrupted before it ran, or terminated inside a job,
 // left its state behind; the fresh thread starts from idle.
 void TThreadContext::Start() {
-  ExclusiveHold hold(lock_);
+  slim_exclusive_hold hold(lock_);
   if (retired_ || !owner_) return;  // stopped for good, or the loop has ended
   if (IsValidHandle() && WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT) return;
   thread_state = 0;

@@ -3,6 +3,7 @@
 #include <qz/threads/thread_task.h>
 
 #include "errors/exception_text.h"
+#include "sync/slim_lock_holds.h"
 
 #include <exception>
 #include <typeinfo>
@@ -40,18 +41,14 @@ void TThreadTask::TaskFinished() {
 }
 
 SmartPtr<IThreadContext> TThreadTask::CurrentContext() const {
-  AcquireSRWLockShared(&context_lock);
-  SmartPtr<IThreadContext> current = context;
-  ReleaseSRWLockShared(&context_lock);
-  return current;
+  slim_shared_hold hold(context_lock);
+  return context;
 }
 
 // Whoever takes the context first releases it; the other finds null.
 SmartPtr<IThreadContext> TThreadTask::TakeContext() {
-  AcquireSRWLockExclusive(&context_lock);
-  SmartPtr<IThreadContext> taken = std::move(context);
-  ReleaseSRWLockExclusive(&context_lock);
-  return taken;
+  slim_exclusive_hold hold(context_lock);
+  return std::move(context);
 }
 
 void TThreadTask::Suspend() {
@@ -79,17 +76,18 @@ void TThreadTask::SetPriority(int priority) {
 void TThreadTask::Cancel() {
   SmartPtr<IThreadContext> worker;
   bool stopping = false;
-  AcquireSRWLockExclusive(&context_lock);
-  const bool on_worker = runner_thread == GetCurrentThreadId();
-  if (life == Life::queued) {
-    life = Life::cancelled;
-  } else if (life == Life::running && !on_worker) {
-    life = Life::stopping;
-    worker = std::move(context);
-  } else if (life == Life::stopping && !on_worker) {
-    stopping = true;
+  {
+    slim_exclusive_hold hold(context_lock);
+    const bool on_worker = runner_thread == GetCurrentThreadId();
+    if (life == Life::queued) {
+      life = Life::cancelled;
+    } else if (life == Life::running && !on_worker) {
+      life = Life::stopping;
+      worker = std::move(context);
+    } else if (life == Life::stopping && !on_worker) {
+      stopping = true;
+    }
   }
-  ReleaseSRWLockExclusive(&context_lock);
   if (stopping) {
     finished_event.WaitForSignal();
     return;
@@ -110,18 +108,20 @@ void TThreadTask::Cancel() {
 }
 
 void TThreadTask::EndCancel() {
-  AcquireSRWLockExclusive(&context_lock);
-  if (life == Life::stopping) life = Life::cancelled;
-  ReleaseSRWLockExclusive(&context_lock);
+  {
+    slim_exclusive_hold hold(context_lock);
+    if (life == Life::stopping) life = Life::cancelled;
+  }
   finished_event.Set();
 }
 
 // A dropped task never started; a terminated worker's task never finished
 // by itself. Either way it ends now, without a worker.
 void TThreadTask::Abandon() noexcept {
-  AcquireSRWLockExclusive(&context_lock);
-  if (life == Life::queued || life == Life::running) life = Life::cancelled;
-  ReleaseSRWLockExclusive(&context_lock);
+  {
+    slim_exclusive_hold hold(context_lock);
+    if (life == Life::queued || life == Life::running) life = Life::cancelled;
+  }
   try {
     finished_event.Set();
   } catch (...) {
@@ -131,23 +131,27 @@ void TThreadTask::Abandon() noexcept {
 }
 
 bool TThreadTask::EndRun() {
-  AcquireSRWLockExclusive(&context_lock);
-  const bool own = life == Life::running;
-  if (own) life = Life::finished;
-  ReleaseSRWLockExclusive(&context_lock);
+  bool own = false;
+  {
+    slim_exclusive_hold hold(context_lock);
+    own = life == Life::running;
+    if (own) life = Life::finished;
+  }
   if (own) TaskFinished();
   return own;
 }
 
 void TThreadTask::RunOn(IThreadContext& worker) {
-  AcquireSRWLockExclusive(&context_lock);
-  const bool start = life == Life::queued;
-  if (start) {
-    life = Life::running;
-    context = &worker;
-    runner_thread = GetCurrentThreadId();
+  bool start = false;
+  {
+    slim_exclusive_hold hold(context_lock);
+    start = life == Life::queued;
+    if (start) {
+      life = Life::running;
+      context = &worker;
+      runner_thread = GetCurrentThreadId();
+    }
   }
-  ReleaseSRWLockExclusive(&context_lock);
   if (!start) return;  // cancelled before a worker reached it
   TaskStarted();
   EGeneric* kept = nullptr;

@@ -1,6 +1,7 @@
 #include "diagnostics/debug_info/debug_info_cache.h"
 
 #include "diagnostics/debug_info/module_debug_info.h"
+#include "sync/slim_lock_holds.h"
 
 #include <windows.h>
 
@@ -110,17 +111,6 @@ module_debug_info* module_for(cache& c, const module_key& key) {
   return c.modules.back().info.get();
 }
 
-class exclusive {
- public:
-  explicit exclusive(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
-  ~exclusive() { ReleaseSRWLockExclusive(&lock_); }
-  exclusive(const exclusive&) = delete;
-  exclusive& operator=(const exclusive&) = delete;
-
- private:
-  SRWLOCK& lock_;
-};
-
 // Runs `look_up(module, rva)` for the module holding `address`.
 template <typename LookUp>
 bool with_module(std::uint64_t address, LookUp look_up) {
@@ -128,7 +118,7 @@ bool with_module(std::uint64_t address, LookUp look_up) {
   module_key key;
   if (!pinned.key(key)) return false;
   cache& c = the_cache();
-  exclusive hold(c.lock);
+  slim_exclusive_hold hold(c.lock);
   module_debug_info* info = module_for(c, key);
   try {
     return info && look_up(*info, address - key.base);
@@ -153,7 +143,7 @@ bool source_line(std::uint64_t address, std::string& file, unsigned int& line) {
 
 cache_figures cache_state() {
   cache& c = the_cache();
-  exclusive hold(c.lock);
+  slim_exclusive_hold hold(c.lock);
   cache_figures figures;
   for (const cached_module& m : c.modules) {
     ++figures.modules;
@@ -166,7 +156,7 @@ cache_figures cache_state() {
 
 void clear_cache() {
   cache& c = the_cache();
-  exclusive hold(c.lock);
+  slim_exclusive_hold hold(c.lock);
   c.modules.clear();
 }
 
