@@ -59,7 +59,7 @@ bool TThreadPool::PushJob(SmartPtr<IThreadJob> job, bool& short_of_workers) {
     throw;
   }
   queue_length.store(queue.size());
-  short_of_workers = static_cast<size_t>(std::max(idle.load(), 0)) < queue.size();
+  short_of_workers = UncoveredJobs() != 0;
   return true;
 }
 
@@ -83,7 +83,12 @@ void TThreadPool::SetLimits(unsigned max_total, unsigned min_idle, int thread_pr
   max_total_threads.store(max_total);
   min_idle_threads.store(min_idle);
   priority.store(thread_priority);
-  while (NeedMoreThreads()) AddThread();
+  size_t missing = 0;
+  {
+    read_hold hold(queue_lock);
+    missing = std::min<size_t>(UncoveredJobs(), max_total);
+  }
+  for (; missing != 0; --missing) AddThread();
 }
 
 // Only the time-out answers false: a procedure call that returns does not
@@ -134,9 +139,19 @@ void TThreadPool::Shutdown() {
 // Idle workers and the queue are compared under the queue lock, where
 // both change together; the thread count is checked again by AddThread.
 bool TThreadPool::NeedMoreThreads() {
-  read_hold hold(queue_lock);
-  return static_cast<size_t>(std::max(idle.load(), 0)) < queue.size() &&
-         thread_count.load() < max_total_threads.load();
+  size_t uncovered = 0;
+  {
+    read_hold hold(queue_lock);
+    uncovered = UncoveredJobs();
+  }
+  return uncovered != 0 && thread_count.load() < max_total_threads.load();
+}
+
+// A worker counts as idle from before its wait for a job until the pop
+// that gives it one (PopJob), so each idle worker takes one queued job.
+size_t TThreadPool::UncoveredJobs() const {
+  const size_t waiting_workers = static_cast<size_t>(std::max(idle.load(), 0));
+  return queue.size() > waiting_workers ? queue.size() - waiting_workers : 0;
 }
 
 bool TThreadPool::HasExcessIdle() {

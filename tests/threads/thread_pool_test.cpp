@@ -114,6 +114,19 @@ TEST(ThreadPool, JobsWaitForTheLimitAfterZeroOrShutdown) {
   }
 }
 
+// Raising the limit starts one worker per waiting job, not one per slot:
+// workers just started are not idle yet, and must not look missing.
+TEST(ThreadPool, RaisingTheLimitStartsAWorkerPerWaitingJob) {
+  SmartPtr<IThreadPool> pool = CreateNewThreadPool(0, 0);
+  Gate gate;
+  for (int i = 0; i < 2; ++i) pool->QueueJob(gate.Job());
+  pool->SetLimits(8, 0, 0);
+  ASSERT_TRUE(Eventually([&] { return gate.waiting == 2; }));
+  EXPECT_EQ(Field(*pool, "Threads"), 2);
+  gate.open.Set();
+  pool->Shutdown();
+}
+
 // Also WaitForAllJobs before, during and after work.
 TEST(ThreadPool, ClearQueueDropsWaitingJobsOnly) {
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);

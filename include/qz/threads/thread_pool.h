@@ -87,7 +87,8 @@ class QZ_API IThreadPool : public virtual SmartPtrObj {
   // can expect to start without waiting for earlier jobs to finish.
   virtual bool QueueJob(SmartPtr<IThreadJob> job) = 0;
   virtual void Shutdown() = 0;
-  // Stores the limits, then starts workers while jobs wait without one.
+  // Stores the limits, then starts a worker for each queued job that no
+  // idle worker will take (as many as the new limit allows).
   virtual void SetLimits(unsigned max_total, unsigned min_idle, int priority) = 0;
   // True when every queued job has run (or was dropped) within the time-out;
   // an alertable wait that procedure calls which return do not end (an
@@ -163,6 +164,8 @@ class QZ_API TThreadPool : public IThreadPool, public IThreadOwner {
   // The queueing step, under the queue lock; `short_of_workers` says, under
   // that same hold, whether the queued jobs now outnumber the idle workers.
   bool PushJob(SmartPtr<IThreadJob> job, bool& short_of_workers);
+  // Queued jobs that no idle worker will take; under the queue lock.
+  size_t UncoveredJobs() const;
   // Takes one idle worker off the count unless that would leave fewer than
   // min idle threads, or fewer idle workers than queued jobs; true when it
   // did (the worker retires).
