@@ -42,7 +42,10 @@ SmartPtr<IThreadContext> CreateNewThreadContext(SmartPtr<IThreadOwner> owner) {
   return new TThreadContext(owner);
 }
 
-TThreadContext::TThreadContext(SmartPtr<IThreadOwner> owner) : owner_(owner) { InitializeSRWLock(&lock_); }
+TThreadContext::TThreadContext(SmartPtr<IThreadOwner> owner) : owner_(owner) {
+  InitializeSRWLock(&lock_);
+  InitializeSRWLock(&handle_lock_);
+}
 
 // The thread holds its context until its body's last step (keep, below),
 // so the last reference falls either on that thread or once the thread is
@@ -186,9 +189,11 @@ void TThreadContext::FinishStop(unsigned long deadline) {
 // The controls act on the current thread under the lock a restart replaces
 // it under, and leave alone a worker without a live thread: mid-restart the
 // handle is -1, which the system takes for the caller's own thread, and an
-// ended thread refuses to be suspended (access denied).
+// ended thread refuses to be suspended (access denied). That lock is not
+// the worker's: its thread never waits for it, so a Suspend cannot catch
+// it waiting there and leave the Resume stuck behind it.
 void TThreadContext::ControlLiveThread(const std::function<void()>& control) {
-  slim_shared_hold hold(lock_);
+  slim_shared_hold hold(handle_lock_);
   if (!IsValidHandle()) return;
   try {
     control();
@@ -223,6 +228,7 @@ void TThreadContext::Start() {
   slim_exclusive_hold hold(lock_);
   if (retired_ || !owner_) return;  // stopped for good, or the loop has ended
   if (IsValidHandle() && WaitForSingleObject(0, FALSE) == WAIT_TIMEOUT) return;
+  slim_exclusive_hold replacing(handle_lock_);
   thread_state = 0;
   StartThread();
 }

@@ -4,9 +4,11 @@
 //
 // Thread safety: as IThreadContext. One lock serialises everything that
 // reads or replaces the thread handle or the owner: Start, the asking step
-// of Interrupt and BeginStop, the copy of the handle a stop waits on, and
-// the controls (Suspend, Resume, SetPriority, GetStack), which share it. No
-// wait for a thread happens under it.
+// of Interrupt and BeginStop, and the copy of the handle a stop waits on.
+// No wait for a thread happens under it. The controls (Suspend, Resume,
+// SetPriority, GetStack) share a second lock, which only the replacement
+// of a thread by Start takes besides them: the worker's own thread never
+// waits for it, so a control never waits behind a thread it suspended.
 #pragma once
 
 #include <qz/threads/thread_class.h>
@@ -52,12 +54,14 @@ class TThreadContext : public TThreadClass, public IThreadContext {
   // the job a terminated thread left.
   void AwaitEnd(const THandle& thread, DWORD deadline);
   void SettleAbandonedJob();
-  // Runs `control` on the current thread, under the lock (shared); nothing
+  // Runs `control` on the current thread, under handle_lock_; nothing
   // when there is no live thread, also when it ends during the control.
   void ControlLiveThread(const std::function<void()>& control);
 
   SmartPtr<IThreadOwner> owner_;
   mutable SRWLOCK lock_;
+  // Held shared by the controls, exclusive while Start replaces the thread.
+  SRWLOCK handle_lock_;
   // Set by BeginStop: no Start revives the worker.
   bool retired_ = false;
   // A job was handed out and the owner not yet told it is done. Whoever

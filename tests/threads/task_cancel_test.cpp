@@ -1,5 +1,6 @@
 // TThreadTask on its failure paths: a Cancel racing the worker that picks
-// the task up, and a task dropped from the queue.
+// the task up, a task dropped from the queue, and a worker's controls
+// racing its restart.
 #include <qz/threads/thread_pool.h>
 
 #include "support/test_threads.h"
@@ -169,4 +170,38 @@ TEST(TaskCancel, ControlsOfAWorkerBeingRestartedReachOnlyItsThread) {
     EXPECT_EQ(caller.error(), "");
   }
   pool->Shutdown();
+}
+
+// The same controls while the worker leaves its pool (the limit dropped
+// under its job): the worker's last steps must not wait for anything a
+// control holds, or a Suspend that catches it waiting leaves the Resume
+// waiting behind a suspended thread.
+TEST(TaskCancel, ControlsOfAWorkerLeavingItsPoolNeverHang) {
+  for (int round = 0; round < 300; ++round) {
+    SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
+    SmartPtr<WorkerGrab> grab = new WorkerGrab;
+    pool->QueueJob(grab);
+    ASSERT_TRUE(pool->WaitForAllJobs(10000));
+    TEvent release;
+    pool->QueueJob(new threads_test::LambdaJob([&release] { release.WaitForSignal(); }));
+    IThreadContext& worker = *grab->worker;
+    std::atomic<bool> stop{false};
+    qz_test::WorkerThread caller([&] {
+      while (!stop) {
+        worker.Suspend();
+        worker.Resume();
+      }
+    });
+    pool->SetLimits(0, 0, 0);
+    release.Set();
+    ASSERT_TRUE(qz_test::Eventually([&] { return pool->WaitForAllJobs(0); }, 10000)) << "round " << round;
+    Sleep(round % 3);
+    stop = true;
+    if (!caller.Join(10000)) {
+      ADD_FAILURE() << "the caller hangs in round " << round;
+      pool->SetLimits(1, 0, 0);
+      return;
+    }
+    pool->Shutdown();
+  }
 }
