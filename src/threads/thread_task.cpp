@@ -12,6 +12,7 @@
 TThreadTask::TThreadTask()
     : started_event(true, false), finished_event(true, false), exception(nullptr), life(Life::queued), runner_thread(0) {
   InitializeSRWLock(&context_lock);
+  InitializeSRWLock(&suspend_lock);
 }
 
 // The events close as members, the finished one first.
@@ -51,14 +52,46 @@ SmartPtr<IThreadContext> TThreadTask::TakeContext() {
   return std::move(context);
 }
 
+// Suspensions are kept with the worker they were made on, so that Resume
+// undoes them there: a Suspend that began while the task ran may land after
+// its end, on the worker's next job, where a Resume that looked for a
+// running task would never reach it. The worker is suspended and resumed
+// outside the lock: the caller may be the worker's own thread.
 void TThreadTask::Suspend() {
-  if (!IsRunning()) return;
-  if (const SmartPtr<IThreadContext> worker = CurrentContext()) worker->Suspend();
+  SmartPtr<IThreadContext> worker;
+  {
+    slim_exclusive_hold hold(suspend_lock);
+    worker = suspended_worker;
+    if (!worker && IsRunning()) worker = CurrentContext();
+    if (!worker) return;
+    suspended_worker = worker;
+    ++suspensions;
+  }
+  try {
+    worker->Suspend();
+  } catch (...) {
+    ForgetSuspension();
+    throw;
+  }
 }
 
+// Without a suspension of its own, the task resumes its running worker.
 void TThreadTask::Resume() {
-  if (!IsRunning()) return;
-  if (const SmartPtr<IThreadContext> worker = CurrentContext()) worker->Resume();
+  SmartPtr<IThreadContext> worker;
+  {
+    slim_exclusive_hold hold(suspend_lock);
+    worker = suspended_worker;
+    if (!worker && IsRunning()) worker = CurrentContext();
+  }
+  if (!worker) return;
+  ForgetSuspension();
+  worker->Resume();
+}
+
+void TThreadTask::ForgetSuspension() {
+  SmartPtr<IThreadContext> done;
+  slim_exclusive_hold hold(suspend_lock);
+  if (suspensions != 0 && --suspensions == 0) done = std::move(suspended_worker);
 }
 
 void TThreadTask::SetPriority(int priority) {

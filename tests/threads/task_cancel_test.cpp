@@ -205,3 +205,58 @@ TEST(TaskCancel, ControlsOfAWorkerLeavingItsPoolNeverHang) {
     pool->Shutdown();
   }
 }
+
+// A worker for a task run by hand: its Suspend waits for the test before
+// it suspends the thread that ran the task; its Resume resumes that thread.
+class HeldWorker : public IThreadContext {
+ public:
+  ~HeldWorker() noexcept override {}
+  void Suspend() override {
+    in_suspend.Set();
+    go_on.WaitForSignal();
+    if (::SuspendThread(thread) != static_cast<DWORD>(-1)) ++suspended;
+  }
+  void Resume() override {
+    if (::ResumeThread(thread) != static_cast<DWORD>(-1)) --suspended;
+  }
+  void Interrupt() override {}
+  std::string GetStack() override { return ""; }
+  void SetPriority(int) override {}
+  void Start() override {}
+  void BeginStop() override {}
+  void FinishStop(unsigned long) override {}
+
+  HANDLE thread = nullptr;
+  TEvent in_suspend, go_on;
+  std::atomic<int> suspended{0};
+};
+
+// A task's Suspend and Resume come in pairs. A Suspend that began while
+// the task ran and lands after its end, when the worker has gone on (here
+// it waits for its next job), is still undone by the task's Resume.
+TEST(TaskCancel, ASuspendThatOutlivesItsTaskIsUndoneByTheResume) {
+  TEvent gate, next_job;
+  std::atomic<bool> task_over{false};
+  SmartPtr<LambdaTask> task = new LambdaTask([&gate] { gate.WaitForSignal(); });
+  SmartPtr<HeldWorker> worker = new HeldWorker;
+  qz_test::WorkerThread runner([&] {
+    worker->thread = OpenThread(THREAD_SUSPEND_RESUME, FALSE, GetCurrentThreadId());
+    task->RunOn(*worker);
+    task_over = true;
+    next_job.WaitForSignal();
+  });
+  ASSERT_TRUE(task->WaitForStart(10000));
+  qz_test::WorkerThread controller([&] {
+    task->Suspend();
+    task->Resume();
+  });
+  ASSERT_TRUE(worker->in_suspend.Signaled(10000));
+  gate.Set();
+  ASSERT_TRUE(qz_test::Eventually([&] { return task_over.load(); }));
+  worker->go_on.Set();
+  ASSERT_TRUE(controller.Join(10000));
+  EXPECT_EQ(worker->suspended, 0) << "the worker was left suspended";
+  next_job.Set();
+  if (!runner.Join(10000)) ::ResumeThread(worker->thread);
+  CloseHandle(worker->thread);
+}

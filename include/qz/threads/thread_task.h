@@ -49,7 +49,11 @@
 // destructor noexcept, `~Export() noexcept override {}`.
 //
 // Suspend, Resume and SetPriority act on the worker only while the task
-// runs, and do nothing otherwise. A priority set so stays with the worker.
+// runs, and do nothing otherwise, with one exception: Resume undoes the
+// task's own suspensions on the worker they were made on, also once the
+// task is over (a Suspend racing the task's end may land on the worker's
+// next job; its Resume frees it there). A priority set so stays with the
+// worker.
 //
 // Thread safety: any number of threads may wait, ask and Cancel at once;
 // the state and the worker context change together under a lock, so the
@@ -134,6 +138,8 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   enum class Life { queued, running, stopping, finished, cancelled };
 
   SmartPtr<IThreadContext> CurrentContext() const;
+  // One suspension fewer; the worker is let go with the last.
+  void ForgetSuspension();
   SmartPtr<IThreadContext> TakeContext();
   // The work has ended on the worker: running becomes finished and true;
   // false when a Cancel took the task meanwhile.
@@ -147,4 +153,10 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   Life life;
   // The thread running the work, under context_lock; 0 before it starts.
   DWORD runner_thread;
+  // The worker that Suspend suspended and how many times, until Resume has
+  // undone them all: under suspend_lock, which the worker's thread never
+  // waits for, so no control waits behind a thread it suspended.
+  SRWLOCK suspend_lock;
+  SmartPtr<IThreadContext> suspended_worker;
+  int suspensions = 0;
 };
