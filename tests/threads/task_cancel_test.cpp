@@ -7,6 +7,7 @@
 #include "threads/threads_test_support.h"
 
 #include <cstdio>
+#include <string>
 #include <vector>
 
 namespace {
@@ -127,8 +128,6 @@ TEST(TaskCancel, EveryConcurrentCancelWaitsForTheWorkToEnd) {
   pool->Shutdown();
 }
 
-}  // namespace
-
 // Hands out the worker it runs on.
 class WorkerGrab : public IThreadJob {
  public:
@@ -137,23 +136,47 @@ class WorkerGrab : public IThreadJob {
   SmartPtr<IThreadContext> worker;
 };
 
+// The worker of a pool of one, learnt from a job it ran.
+SmartPtr<IThreadContext> WorkerOf(IThreadPool& pool) {
+  SmartPtr<WorkerGrab> grab = new WorkerGrab;
+  pool.QueueJob(grab);
+  EXPECT_TRUE(pool.WaitForAllJobs(10000));
+  return grab->worker;
+}
+
+// Another thread suspending, resuming and re-prioritising a worker in a
+// loop until stopped.
+class Controller {
+ public:
+  explicit Controller(IThreadContext& worker)
+      : caller_([this, &worker] {
+          while (!stop_) {
+            worker.Suspend();
+            worker.Resume();
+            worker.SetPriority(THREAD_PRIORITY_NORMAL);
+          }
+        }) {}
+  // Empty when the loop ended cleanly; else what went wrong (a caller that
+  // hangs is resumed, in case it suspended itself).
+  std::string Stop() {
+    stop_ = true;
+    if (caller_.Join(10000)) return caller_.error();
+    ResumeThread(caller_.handle());
+    return "the caller hangs";
+  }
+
+ private:
+  std::atomic<bool> stop_{false};
+  qz_test::WorkerThread caller_;
+};
+
 // A worker's controls called while Cancels restart it reach the worker's
 // thread or nothing: never the caller's own thread (a restart leaves the
 // worker without a thread for a moment) and never a closed handle.
 TEST(TaskCancel, ControlsOfAWorkerBeingRestartedReachOnlyItsThread) {
   SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 1);
-  SmartPtr<WorkerGrab> grab = new WorkerGrab;
-  pool->QueueJob(grab);
-  ASSERT_TRUE(pool->WaitForAllJobs(10000));
-  IThreadContext& worker = *grab->worker;
-  std::atomic<bool> stop{false};
-  qz_test::WorkerThread caller([&] {
-    while (!stop) {
-      worker.Suspend();
-      worker.Resume();
-      worker.SetPriority(THREAD_PRIORITY_NORMAL);
-    }
-  });
+  const SmartPtr<IThreadContext> worker = WorkerOf(*pool);
+  Controller controller(*worker);
   for (int round = 0; round < 300; ++round) {
     SmartPtr<LambdaTask> task = new LambdaTask([] {
       for (;;) TThread::Sleep(1, 1);
@@ -162,13 +185,7 @@ TEST(TaskCancel, ControlsOfAWorkerBeingRestartedReachOnlyItsThread) {
     ASSERT_TRUE(task->WaitForStart(10000)) << "round " << round;
     task->Cancel();
   }
-  stop = true;
-  const bool ended = caller.Join(10000);
-  if (!ended) ResumeThread(caller.handle());
-  EXPECT_TRUE(ended) << "the caller suspended itself";
-  if (ended) {
-    EXPECT_EQ(caller.error(), "");
-  }
+  EXPECT_EQ(controller.Stop(), "");
   pool->Shutdown();
 }
 
@@ -179,26 +196,17 @@ TEST(TaskCancel, ControlsOfAWorkerBeingRestartedReachOnlyItsThread) {
 TEST(TaskCancel, ControlsOfAWorkerLeavingItsPoolNeverHang) {
   for (int round = 0; round < 300; ++round) {
     SmartPtr<IThreadPool> pool = CreateNewThreadPool(1, 0);
-    SmartPtr<WorkerGrab> grab = new WorkerGrab;
-    pool->QueueJob(grab);
-    ASSERT_TRUE(pool->WaitForAllJobs(10000));
+    const SmartPtr<IThreadContext> worker = WorkerOf(*pool);
     TEvent release;
     pool->QueueJob(new threads_test::LambdaJob([&release] { release.WaitForSignal(); }));
-    IThreadContext& worker = *grab->worker;
-    std::atomic<bool> stop{false};
-    qz_test::WorkerThread caller([&] {
-      while (!stop) {
-        worker.Suspend();
-        worker.Resume();
-      }
-    });
+    Controller controller(*worker);
     pool->SetLimits(0, 0, 0);
     release.Set();
     ASSERT_TRUE(qz_test::Eventually([&] { return pool->WaitForAllJobs(0); }, 10000)) << "round " << round;
     Sleep(round % 3);
-    stop = true;
-    if (!caller.Join(10000)) {
-      ADD_FAILURE() << "the caller hangs in round " << round;
+    const std::string trouble = controller.Stop();
+    if (!trouble.empty()) {
+      ADD_FAILURE() << trouble << " in round " << round;
       pool->SetLimits(1, 0, 0);
       return;
     }
@@ -260,3 +268,5 @@ TEST(TaskCancel, ASuspendThatOutlivesItsTaskIsUndoneByTheResume) {
   if (!runner.Join(10000)) ::ResumeThread(worker->thread);
   CloseHandle(worker->thread);
 }
+
+}  // namespace
