@@ -66,7 +66,9 @@ class QZ_API IThreadContext : public virtual SmartPtrObj {
   // The controls act on the worker's current thread, and do nothing while
   // it has none alive (between a thread's end and a restart, or for good).
   // A restart waits for a control under way, so a control never reaches a
-  // closed handle or, mid-restart, the caller's own thread.
+  // closed handle or, mid-restart, the caller's own thread. Suspend has the
+  // system's risk: a thread suspended while it holds a lock (the heap's, the
+  // loader's) stops everyone who waits for that lock until it is resumed.
   //
   // The worker thread's stack as text ("" when it cannot be read).
   virtual std::string GetStack() = 0;
