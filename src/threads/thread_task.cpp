@@ -61,8 +61,7 @@ void TThreadTask::Suspend() {
   SmartPtr<IThreadContext> worker;
   {
     slim_exclusive_hold hold(suspend_lock);
-    worker = suspended_worker;
-    if (!worker && IsRunning()) worker = CurrentContext();
+    worker = ControlledWorker();
     if (!worker) return;
     suspended_worker = worker;
     ++suspensions;
@@ -75,17 +74,21 @@ void TThreadTask::Suspend() {
   }
 }
 
-// Without a suspension of its own, the task resumes its running worker.
 void TThreadTask::Resume() {
   SmartPtr<IThreadContext> worker;
   {
     slim_exclusive_hold hold(suspend_lock);
-    worker = suspended_worker;
-    if (!worker && IsRunning()) worker = CurrentContext();
+    worker = ControlledWorker();
   }
   if (!worker) return;
   ForgetSuspension();
   worker->Resume();
+}
+
+// Without a suspension of its own, the task controls its running worker.
+SmartPtr<IThreadContext> TThreadTask::ControlledWorker() const {
+  if (suspended_worker) return suspended_worker;
+  return IsRunning() ? CurrentContext() : nullptr;
 }
 
 void TThreadTask::ForgetSuspension() {

@@ -138,6 +138,9 @@ class QZ_API TThreadTask : public IThreadTask, public virtual SmartPtrObj {
   enum class Life { queued, running, stopping, finished, cancelled };
 
   SmartPtr<IThreadContext> CurrentContext() const;
+  // Under suspend_lock: the worker the task's suspensions were made on,
+  // else the running worker; null when there is neither.
+  SmartPtr<IThreadContext> ControlledWorker() const;
   // One suspension fewer; the worker is let go with the last.
   void ForgetSuspension();
   SmartPtr<IThreadContext> TakeContext();
